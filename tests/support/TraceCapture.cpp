@@ -1,0 +1,38 @@
+#include "tests/support/TraceCapture.h"
+
+#include <algorithm>
+#include <cstdio>
+
+extern "C" {
+__attribute__((visibility("default"))) emstatus::test::TraceCapture Debug;
+}
+
+namespace emstatus::test {
+
+void TraceCapture::Print(const char* format, va_list arguments, const char* moduleName) {
+  FilteredPrint(format, arguments, moduleName);
+}
+
+void TraceCapture::FilteredPrint(const char* format, va_list arguments, const char*) {
+  va_list measured;
+  va_copy(measured, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, measured);
+  va_end(measured);
+  std::string line(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
+  std::vsnprintf(line.data(), line.size() + 1, format, arguments);
+  const std::lock_guard guard(lock_);
+  lines_.push_back(std::move(line));
+}
+
+std::vector<std::string> TraceCapture::Take() {
+  const std::lock_guard guard(lock_);
+  return std::exchange(lines_, {});
+}
+
+TraceCapture& Trace() { return Debug; }
+
+bool Holds(const std::vector<std::string>& lines, const std::string& line) {
+  return std::ranges::find(lines, line) != lines.end();
+}
+
+}  // namespace emstatus::test

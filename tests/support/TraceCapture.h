@@ -1,0 +1,32 @@
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <emstatus/TraceSink.h>
+
+namespace emstatus::test {
+
+/// The trace sink of a test program: keeps every message, formatted, in the order of arrival.
+/// One object, exported as "Debug"; reach it through Trace(). [any thread]
+class TraceCapture final : public TraceSink {
+ public:
+  bool IsSink() override { return true; }
+  void Print(const char* format, va_list arguments, const char* moduleName) override;
+  void FilteredPrint(const char* format, va_list arguments, const char* moduleName) override;
+
+  /// What has arrived since the last call; empties the store.
+  std::vector<std::string> Take();
+
+ private:
+  std::mutex lock_;
+  std::vector<std::string> lines_;
+};
+
+TraceCapture& Trace();
+
+/// Whether `lines` holds one that is equal to `line`.
+bool Holds(const std::vector<std::string>& lines, const std::string& line);
+
+}  // namespace emstatus::test
