@@ -1,0 +1,242 @@
+#include "host/providers/RealFiles.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+namespace emstatus::host {
+namespace {
+
+template <typename Value>
+FileResult<Value> Failed() {
+  return {Value{}, errno};
+}
+
+std::string WithoutTrailingSpace(std::string_view text) {
+  constexpr std::string_view kSpace(" \t\r\n\0", 5);
+  const std::size_t last = text.find_last_not_of(kSpace);
+  return std::string(text.substr(0, last == std::string_view::npos ? 0 : last + 1));
+}
+
+bool IsBelow(std::string_view path, std::string_view folder) {
+  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+ssize_t ReadOnce(int descriptor, char* bytes, std::size_t size) {
+  ssize_t count = 0;
+  do {
+    count = pread(descriptor, bytes, size, 0);
+  } while (count < 0 && errno == EINTR);
+  return count;
+}
+
+// A kept file that was removed, or replaced under its name, would go on telling its last text.
+bool IsUnlinked(int descriptor) {
+  struct stat status {};
+  return fstat(descriptor, &status) != 0 || status.st_nlink == 0;
+}
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ >= 0) {
+      close(number_);
+    }
+  }
+  int Number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+}  // namespace
+
+RealFiles::RealFiles(std::string sysRoot, std::string procRoot)
+    : sysRoot_(std::move(sysRoot)), procRoot_(std::move(procRoot)) {}
+
+RealFiles::~RealFiles() {
+  for (const auto& [path, descriptor] : kept_) {
+    close(descriptor);
+  }
+}
+
+std::string RealFiles::Map(const std::string& path) const {
+  if (IsBelow(path, "/sys")) {
+    return sysRoot_ + path.substr(4);
+  }
+  if (IsBelow(path, "/proc")) {
+    return procRoot_ + path.substr(5);
+  }
+  return path;
+}
+
+FileResult<int> RealFiles::KeptDescriptor(const std::string& mapped) {
+  if (const auto found = kept_.find(mapped); found != kept_.end()) {
+    if (!IsUnlinked(found->second)) {
+      return {found->second, 0};
+    }
+    Forget(mapped);
+  }
+  const int descriptor = open(mapped.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) {
+    return Failed<int>();
+  }
+  if (kept_.size() >= kKeptFiles) {
+    close(kept_.begin()->second);
+    kept_.erase(kept_.begin());
+  }
+  kept_.emplace(mapped, descriptor);
+  return {descriptor, 0};
+}
+
+void RealFiles::Forget(const std::string& mapped) {
+  if (const auto found = kept_.find(mapped); found != kept_.end()) {
+    close(found->second);
+    kept_.erase(found);
+  }
+}
+
+FileResult<std::string> RealFiles::ReadAttribute(const std::string& path) {
+  const std::string mapped = Map(path);
+  const bool wasKept = kept_.contains(mapped);
+  const FileResult<int> descriptor = KeptDescriptor(mapped);
+  if (!descriptor) {
+    return {{}, descriptor.error};
+  }
+  std::array<char, kAttributeBytes> bytes{};
+  const ssize_t count = ReadOnce(descriptor.value, bytes.data(), bytes.size());
+  if (count < 0) {
+    const int error = errno;
+    Forget(mapped);
+    // The device behind a kept descriptor may be gone and another have taken its place.
+    const bool stale = error == ENODEV || error == ESRCH || error == ENOENT;
+    return wasKept && stale ? ReadAttribute(path) : FileResult<std::string>{{}, error};
+  }
+  return {WithoutTrailingSpace({bytes.data(), static_cast<std::size_t>(count)}), 0};
+}
+
+FileResult<std::string> RealFiles::ReadText(const std::string& path, std::size_t limit) {
+  const Descriptor file(open(Map(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.Number() < 0) {
+    return Failed<std::string>();
+  }
+  std::string text;
+  std::array<char, 4096> bytes{};
+  for (;;) {
+    const ssize_t count = read(file.Number(), bytes.data(), bytes.size());
+    if (count == 0) {
+      return {std::move(text), 0};
+    }
+    if (count < 0 && errno == EINTR) {
+      continue;
+    }
+    if (count < 0) {
+      return Failed<std::string>();
+    }
+    text.append(bytes.data(), static_cast<std::size_t>(count));
+    if (text.size() > limit) {
+      return {{}, EFBIG};
+    }
+  }
+}
+
+FileResult<std::vector<std::string>> RealFiles::List(const std::string& path) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(Map(path).c_str()), closedir);
+  if (!folder) {
+    return Failed<std::vector<std::string>>();
+  }
+  std::vector<std::string> names;
+  for (errno = 0; const dirent* entry = readdir(folder.get()); errno = 0) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") {
+      names.emplace_back(name);
+    }
+  }
+  if (errno != 0) {
+    return Failed<std::vector<std::string>>();
+  }
+  std::sort(names.begin(), names.end());
+  return {std::move(names), 0};
+}
+
+FileResult<std::string> RealFiles::ReadLink(const std::string& path) {
+  std::array<char, PATH_MAX> bytes{};
+  const ssize_t count = readlink(Map(path).c_str(), bytes.data(), bytes.size());
+  if (count < 0) {
+    return Failed<std::string>();
+  }
+  return {std::string(bytes.data(), static_cast<std::size_t>(count)), 0};
+}
+
+FileResult<std::string> RealFiles::RealPath(const std::string& path) {
+  const auto resolve = [](const std::string& name) {
+    return std::unique_ptr<char, void (*)(void*)>(realpath(name.c_str(), nullptr), std::free);
+  };
+  const auto resolved = resolve(Map(path));
+  if (!resolved) {
+    return Failed<std::string>();
+  }
+  // The roots themselves may be reached through links, as a temporary folder is.
+  for (const auto& [root, name] : {std::pair{sysRoot_, "/sys"}, std::pair{procRoot_, "/proc"}}) {
+    const auto resolvedRoot = resolve(root);
+    if (resolvedRoot && IsBelow(resolved.get(), resolvedRoot.get())) {
+      return {name + std::string(resolved.get()).substr(std::string_view(resolvedRoot.get()).size()), 0};
+    }
+  }
+  return {resolved.get(), 0};
+}
+
+FileResult<FilesystemRoom> RealFiles::Room(const std::string& path) {
+  struct statvfs numbers {};
+  if (statvfs(Map(path).c_str(), &numbers) != 0) {
+    return Failed<FilesystemRoom>();
+  }
+  const std::uint64_t block = numbers.f_frsize;
+  FilesystemRoom room;
+  room.size = numbers.f_blocks * block;
+  room.free = numbers.f_bfree * block;
+  room.available = numbers.f_bavail * block;
+  room.inodes = numbers.f_files;
+  room.inodesFree = numbers.f_ffree;
+  room.readOnly = (numbers.f_flag & ST_RDONLY) != 0;
+  return {room, 0};
+}
+
+FileResult<bool> RealFiles::WriteAttribute(const std::string& path, const std::string& text) {
+  const Descriptor file(open(Map(path).c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.Number() < 0 || write(file.Number(), text.data(), text.size()) < 0) {
+    return Failed<bool>();
+  }
+  return {true, 0};
+}
+
+FileResult<int> RealFiles::OpenForPoll(const std::string& path) {
+  const int descriptor = open(Map(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) {
+    return Failed<int>();
+  }
+  // sysfs reports a change only to those who have read the attribute before.
+  std::array<char, kAttributeBytes> bytes{};
+  if (ReadOnce(descriptor, bytes.data(), bytes.size()) < 0) {
+    const int error = errno;
+    close(descriptor);
+    return {-1, error};
+  }
+  return {descriptor, 0};
+}
+
+}  // namespace emstatus::host
