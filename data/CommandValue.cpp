@@ -5,7 +5,6 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <utility>
 
 namespace emstatus {
 namespace {
@@ -79,11 +78,11 @@ bool SetMember(CommandValue& object, const char* constantName, OwnedValue value)
   return true;
 }
 
-bool AddMember(CommandValue& object, const char* constantName, OwnedValue value) {
+bool AddMember(CommandValue& object, OwnedValue name, OwnedValue value) {
   if (KindOf(object) != CommandKind::Object) return false;
   CommandObject& storage = object.object;
   Grow(storage.members, storage.count, storage.capacity);
-  storage.members[storage.count++] = {OwnedValue::Constant(constantName).release(), value.release()};
+  storage.members[storage.count++] = {name.release(), value.release()};
   return true;
 }
 

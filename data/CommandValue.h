@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "data/OwnedValue.h"
 
@@ -54,8 +55,11 @@ const CommandValue& MemberOrEmpty(const CommandValue& object, std::string_view n
 /// referred to, not copied. False when `object` is no object.
 bool SetMember(CommandValue& object, const char* constantName, OwnedValue value);
 
-/// Appends a member without looking for one of the same name; otherwise as SetMember.
-bool AddMember(CommandValue& object, const char* constantName, OwnedValue value);
+/// Appends a member without looking for one of the same name. False when `object` is no object.
+bool AddMember(CommandValue& object, OwnedValue name, OwnedValue value);
+inline bool AddMember(CommandValue& object, const char* constantName, OwnedValue value) {
+  return AddMember(object, OwnedValue::Constant(constantName), std::move(value));
+}
 
 /// Removes the first member with that name, keeping the order of the others. False when there is none.
 bool RemoveMember(CommandValue& object, std::string_view name) noexcept;

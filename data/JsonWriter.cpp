@@ -8,6 +8,7 @@
 #include <limits>
 #include <new>
 #include <utility>
+#include <vector>
 
 #include "data/CommandValue.h"
 
@@ -25,8 +26,69 @@ constexpr std::array<char, 256> EscapeTable() {
 
 constexpr std::array<char, 256> kEscapes = EscapeTable();
 
-char EscapeOf(char character) {
-  return kEscapes[static_cast<unsigned char>(character)];
+constexpr std::size_t kLongestEscape = 6;
+
+/// Eight bytes with the same value.
+constexpr std::uint64_t Eight(unsigned char byte) {
+  return 0x0101010101010101 * byte;
+}
+
+/// Whether one of eight bytes may need an escape; always true when one does.
+bool MayNeedEscape(std::uint64_t word) {
+  const auto marksBelow = [](std::uint64_t bytes, unsigned char limit) {
+    return (bytes - Eight(limit)) & ~bytes;
+  };
+  const std::uint64_t marks =
+      marksBelow(word, 0x20) | marksBelow(word ^ Eight('"'), 1) | marksBelow(word ^ Eight('\\'), 1);
+  return (marks & Eight(0x80)) != 0;
+}
+
+/// Writes one character escaped and returns the end of what it wrote.
+char* EscapeInto(char* out, char character) {
+  constexpr std::string_view kHex = "0123456789ABCDEF";
+  const auto byte = static_cast<unsigned char>(character);
+  const char escape = kEscapes[byte];
+  if (escape == '\0') {
+    *out++ = character;
+    return out;
+  }
+  *out++ = '\\';
+  *out++ = escape;
+  if (escape != 'u') return out;
+  *out++ = '0';
+  *out++ = '0';
+  *out++ = kHex[byte >> 4];
+  *out++ = kHex[byte & 15];
+  return out;
+}
+
+/// The same for a text. Clean words, the last of them reaching back over what was written before, are copied
+/// whole.
+char* EscapeInto(char* out, std::string_view text) {
+  const char* next = text.data();
+  const char* const end = next + text.size();
+  std::uint64_t word = 0;
+  constexpr std::size_t kWord = sizeof(word);
+  while (static_cast<std::size_t>(end - next) >= kWord) {
+    std::memcpy(&word, next, kWord);
+    if (MayNeedEscape(word)) {
+      for (const char* const stop = next + kWord; next != stop;) out = EscapeInto(out, *next++);
+    } else {
+      std::memcpy(out, &word, kWord);
+      out += kWord;
+      next += kWord;
+    }
+  }
+  if (text.size() >= kWord && next != end) {
+    std::memcpy(&word, end - kWord, kWord);
+    if (!MayNeedEscape(word)) {
+      out += end - next;
+      std::memcpy(out - kWord, &word, kWord);
+      return out;
+    }
+  }
+  while (next != end) out = EscapeInto(out, *next++);
+  return out;
 }
 
 bool IsContainer(const CommandValue& value) {
@@ -52,18 +114,12 @@ JsonWriter::~JsonWriter() {
   std::free(buffer_);
 }
 
-void JsonWriter::Reserve(std::size_t needed) {
-  if (needed <= capacity_ - size_) return;
+void JsonWriter::Grow(std::size_t needed) {
   const std::size_t wanted = std::max(size_ + needed, 2 * capacity_);
   void* grown = std::realloc(buffer_, wanted);
   if (grown == nullptr) throw std::bad_alloc();
   buffer_ = static_cast<char*>(grown);
   capacity_ = wanted;
-}
-
-void JsonWriter::Put(char character) {
-  Reserve(1);
-  buffer_[size_++] = character;
 }
 
 void JsonWriter::Put(std::string_view text) {
@@ -91,13 +147,14 @@ const CommandValue& JsonWriter::WriteValue(const CommandValue& value) {
     WriteLeaf(value);
     return value;
   }
-  std::vector<Level> levels;
-  Open(value, levels);
-  while (!levels.empty()) {
-    Level& level = levels.back();
+  std::vector<Level> outer;
+  Level level = Open(value);
+  for (;;) {
     if (level.left == 0) {
       Put(level.isArray ? ']' : '}');
-      levels.pop_back();
+      if (outer.empty()) return value;
+      level = outer.back();
+      outer.pop_back();
       continue;
     }
     --level.left;
@@ -107,28 +164,25 @@ const CommandValue& JsonWriter::WriteValue(const CommandValue& value) {
     if (level.written != 0) Put(Separator(level.written, level.isArray));
     ++level.written;
     if (isName) {
-      const std::string_view name = TextOf(next);
-      WriteString(name.data(), static_cast<std::uint32_t>(name.size()));
+      WriteText(TextOf(next));
     } else if (IsContainer(next)) {
-      Open(next, levels);
+      outer.push_back(level);
+      level = Open(next);
     } else {
       WriteLeaf(next);
     }
   }
-  return value;
 }
 
-void JsonWriter::Open(const CommandValue& value, std::vector<Level>& levels) {
+JsonWriter::Level JsonWriter::Open(const CommandValue& value) {
   if (KindOf(value) == CommandKind::Array) {
-    const auto elements = Elements(value);
-    levels.push_back({elements.data(), elements.size(), 0, true});
     Put('[');
-  } else {
-    const auto members = Members(value);
-    levels.push_back(
-        {reinterpret_cast<const CommandValue*>(members.data()), 2 * std::uint64_t{members.size()}, 0, false});
-    Put('{');
+    const auto elements = Elements(value);
+    return {elements.data(), elements.size(), 0, true};
   }
+  Put('{');
+  const auto members = Members(value);
+  return {reinterpret_cast<const CommandValue*>(members.data()), 2 * std::uint64_t{members.size()}, 0, false};
 }
 
 void JsonWriter::WriteLeaf(const CommandValue& value) {
@@ -139,10 +193,8 @@ void JsonWriter::WriteLeaf(const CommandValue& value) {
       return Put("false");
     case CommandKind::True:
       return Put("true");
-    case CommandKind::String: {
-      const std::string_view text = TextOf(value);
-      return WriteString(text.data(), static_cast<std::uint32_t>(text.size()));
-    }
+    case CommandKind::String:
+      return WriteText(TextOf(value));
     case CommandKind::Number:
       return WriteNumber(value);
     default:
@@ -172,24 +224,20 @@ void JsonWriter::WriteNumber(const CommandValue& value) {
 }
 
 void JsonWriter::WriteString(const char* text, std::uint32_t length) {
-  const char* const end = text + length;
-  Reserve(std::size_t{length} + 2);
+  WriteText({text, length});
+}
+
+void JsonWriter::WriteText(std::string_view text) {
+  // One check of the room for a piece, not one for a byte.
+  constexpr std::size_t kPiece = 256;
   Put('"');
-  for (const char* run = text; run != end;) {
-    const char* stop = std::find_if(run, end, [](char character) { return EscapeOf(character) != '\0'; });
-    Put(std::string_view(run, static_cast<std::size_t>(stop - run)));
-    if (stop == end) break;
-    Put('\\');
-    Put(EscapeOf(*stop));
-    if (EscapeOf(*stop) == 'u') {
-      constexpr std::string_view kHex = "0123456789ABCDEF";
-      const auto byte = static_cast<unsigned char>(*stop);
-      const char digits[] = {'0', '0', kHex[byte >> 4], kHex[byte & 15]};
-      Put(std::string_view(digits, sizeof(digits)));
-    }
-    run = stop + 1;
-  }
-  Put('"');
+  do {
+    const std::string_view piece = text.substr(0, kPiece);
+    Reserve(kLongestEscape * piece.size() + 1);
+    size_ = static_cast<std::size_t>(EscapeInto(buffer_ + size_, piece) - buffer_);
+    text.remove_prefix(piece.size());
+  } while (!text.empty());
+  buffer_[size_++] = '"';
 }
 
 std::string JsonText(const CommandValue& value) {

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "data/OwnedValue.h"
 
@@ -47,12 +46,19 @@ class JsonWriter {
     bool isArray;
   };
 
-  void Open(const CommandValue& value, std::vector<Level>& levels);
+  Level Open(const CommandValue& value);
+  void WriteText(std::string_view text);
   void WriteLeaf(const CommandValue& value);
   void WriteNumber(const CommandValue& value);
-  void Put(char character);
+  void Put(char character) {
+    Reserve(1);
+    buffer_[size_++] = character;
+  }
   void Put(std::string_view text);
-  void Reserve(std::size_t needed);
+  void Reserve(std::size_t needed) {
+    if (needed > capacity_ - size_) Grow(needed);
+  }
+  void Grow(std::size_t needed);
 
   char* buffer_ = nullptr;
   std::size_t size_ = 0;

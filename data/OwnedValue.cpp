@@ -26,24 +26,25 @@ struct Run {
   std::uint64_t count = 0;
 };
 
-Run TakeRun(const CommandValue& value) {
-  switch (KindOf(value)) {
-    case CommandKind::Object: {
-      auto* values = reinterpret_cast<CommandValue*>(value.object.members);
-      return {values, values == nullptr ? 0 : 2 * std::uint64_t{value.object.count}};
-    }
-    case CommandKind::Array:
-      return {value.array.elements, value.array.elements == nullptr ? 0 : value.array.count};
-    default:
-      return {};
-  }
+bool IsContainer(const CommandValue& value) {
+  return KindOf(value) == CommandKind::Object || KindOf(value) == CommandKind::Array;
 }
 
-void ReleaseText(const CommandValue& value) {
+Run RunOf(const CommandValue& container) {
+  if (KindOf(container) == CommandKind::Array) {
+    const CommandArray& array = container.array;
+    return {array.elements, array.elements == nullptr ? 0 : array.count};
+  }
+  const CommandObject& object = container.object;
+  return {reinterpret_cast<CommandValue*>(object.members),
+          object.members == nullptr ? 0 : 2 * std::uint64_t{object.count}};
+}
+
+void FreeText(const CommandValue& value) {
   if (value.tag == tag::kOwnedString) std::free(const_cast<char*>(value.string.text));
 }
 
-void ReleaseRun(Run run) {
+void FreeRun(Run run) {
   CommandValue* next = run.base;
   std::uint64_t left = run.count;
   Outer outer{};
@@ -59,12 +60,11 @@ void ReleaseRun(Run run) {
     }
     --left;
     CommandValue& value = *next++;
-    const Run inner = TakeRun(value);
-    if (inner.count == 0) {
-      std::free(inner.base);
-      ReleaseText(value);
+    if (!IsContainer(value)) {
+      FreeText(value);
       continue;
     }
+    const Run inner = RunOf(value);
     std::memcpy(&value, &outer, sizeof(outer));
     outer = {run.base, &value, left};
     run = inner;
@@ -76,13 +76,6 @@ void ReleaseRun(Run run) {
 CommandValue Plain(std::uint32_t tag, std::uint64_t payload = 0) noexcept {
   CommandValue value{};
   std::memcpy(&value, &payload, sizeof(payload));
-  value.tag = tag;
-  return value;
-}
-
-CommandValue String(std::uint32_t tag, const char* text, std::size_t length) noexcept {
-  CommandValue value{};
-  value.string = {text, static_cast<std::uint32_t>(length)};
   value.tag = tag;
   return value;
 }
@@ -101,29 +94,12 @@ std::uint32_t TagOf(std::int64_t number) noexcept {
 }  // namespace
 
 void Release(CommandValue& value) noexcept {
-  ReleaseText(value);
-  ReleaseRun(TakeRun(value));
+  if (IsContainer(value)) {
+    FreeRun(RunOf(value));
+  } else {
+    FreeText(value);
+  }
   value = CommandValue{};
-}
-
-OwnedValue::OwnedValue() noexcept : CommandValue{} {}
-
-OwnedValue::OwnedValue(OwnedValue&& other) noexcept : CommandValue(other.release()) {}
-
-OwnedValue& OwnedValue::operator=(OwnedValue&& other) noexcept {
-  OwnedValue taken(std::move(other));
-  std::swap<CommandValue>(*this, taken);
-  return *this;
-}
-
-OwnedValue::~OwnedValue() {
-  Release(*this);
-}
-
-OwnedValue OwnedValue::Adopt(const CommandValue& value) noexcept {
-  OwnedValue owned;
-  static_cast<CommandValue&>(owned) = value;
-  return owned;
 }
 
 OwnedValue OwnedValue::Object() noexcept {
@@ -161,13 +137,11 @@ OwnedValue OwnedValue::Text(std::string_view text) {
   return AdoptText(copy, static_cast<std::uint32_t>(text.size()));
 }
 
-OwnedValue OwnedValue::Constant(const char* text) noexcept {
-  if (text == nullptr) text = "";
-  return Adopt(String(tag::kConstantString, text, std::strlen(text)));
-}
-
 OwnedValue OwnedValue::AdoptText(char* text, std::uint32_t length) noexcept {
-  return Adopt(String(tag::kOwnedString, text, length));
+  CommandValue value{};
+  value.string = {text, length};
+  value.tag = tag::kOwnedString;
+  return Adopt(value);
 }
 
 OwnedValue OwnedValue::Raw(std::span<const std::uint8_t> bytes) {
@@ -176,12 +150,6 @@ OwnedValue OwnedValue::Raw(std::span<const std::uint8_t> bytes) {
   OwnedValue raw = Object();
   AddMember(raw, "RAW", std::move(numbers));
   return raw;
-}
-
-CommandValue OwnedValue::release() noexcept {
-  const CommandValue value = *this;
-  static_cast<CommandValue&>(*this) = CommandValue{};
-  return value;
 }
 
 }  // namespace emstatus

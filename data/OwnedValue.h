@@ -3,8 +3,10 @@
 #include <emstatus/CommandValue.h>
 
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace emstatus {
 
@@ -19,15 +21,26 @@ void Release(CommandValue& value) noexcept;
 class OwnedValue : public CommandValue {
  public:
   /// Null.
-  OwnedValue() noexcept;
-  OwnedValue(OwnedValue&& other) noexcept;
-  OwnedValue& operator=(OwnedValue&& other) noexcept;
+  OwnedValue() noexcept : CommandValue{} {}
+  OwnedValue(OwnedValue&& other) noexcept : CommandValue(other.release()) {}
+  OwnedValue& operator=(OwnedValue&& other) noexcept {
+    OwnedValue taken(std::move(other));
+    std::swap<CommandValue>(*this, taken);
+    return *this;
+  }
   OwnedValue(const OwnedValue&) = delete;
   OwnedValue& operator=(const OwnedValue&) = delete;
-  ~OwnedValue();
+  ~OwnedValue() {
+    // Most values are null here, having been handed on.
+    if (tag != tag::kNull) Release(*this);
+  }
 
   /// Takes over a value that came from elsewhere, a host for example.
-  static OwnedValue Adopt(const CommandValue& value) noexcept;
+  static OwnedValue Adopt(const CommandValue& value) noexcept {
+    OwnedValue owned;
+    static_cast<CommandValue&>(owned) = value;
+    return owned;
+  }
   /// Without members; nothing is allocated before the first one.
   static OwnedValue Object() noexcept;
   /// Without elements; nothing is allocated before the first one.
@@ -40,14 +53,24 @@ class OwnedValue : public CommandValue {
   /// A copy of `text`, which may hold zero bytes; a zero byte that does not count follows it.
   static OwnedValue Text(std::string_view text);
   /// Refers to `text`, which must outlive every holder of the value; nullptr counts as "".
-  static OwnedValue Constant(const char* text) noexcept;
+  static OwnedValue Constant(const char* text) noexcept {
+    if (text == nullptr) text = "";
+    CommandValue value{};
+    value.string = {text, static_cast<std::uint32_t>(std::strlen(text))};
+    value.tag = tag::kConstantString;
+    return Adopt(value);
+  }
   /// Takes over `text`, which came from malloc and goes to free.
   static OwnedValue AdoptText(char* text, std::uint32_t length) noexcept;
   /// Raw bytes in their form as data of a command: {"RAW":[n, n, ...]}.
   static OwnedValue Raw(std::span<const std::uint8_t> bytes);
 
   /// Hands the value over to the caller, who releases it; null stays here.
-  [[nodiscard]] CommandValue release() noexcept;
+  [[nodiscard]] CommandValue release() noexcept {
+    const CommandValue value = *this;
+    static_cast<CommandValue&>(*this) = CommandValue{};
+    return value;
+  }
 };
 
 static_assert(sizeof(OwnedValue) == sizeof(CommandValue) && std::is_standard_layout_v<OwnedValue>);
