@@ -1,0 +1,82 @@
+#include "platform/ProfileLineReader.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace emstatus {
+
+namespace {
+
+constexpr std::size_t kBufferSize = 65536;
+
+const char* Find(const char* begin, const char* end, char wanted) {
+  return static_cast<const char*>(std::memchr(begin, wanted, static_cast<std::size_t>(end - begin)));
+}
+
+}  // namespace
+
+ProfileLineReader::ProfileLineReader(int file)
+    : file_(file), buffer_(new char[kBufferSize]), next_(buffer_.get()), end_(next_) {}
+
+void ProfileLineReader::Fill() {
+  const auto kept = static_cast<std::size_t>(end_ - next_);
+  std::memmove(buffer_.get(), next_, kept);
+  ssize_t got;
+  do {
+    got = ::read(file_, buffer_.get() + kept, kBufferSize - kept);
+  } while (got < 0 && errno == EINTR);
+  atEnd_ = got <= 0;
+  next_ = buffer_.get();
+  end_ = next_ + kept + (got > 0 ? static_cast<std::size_t>(got) : 0);
+}
+
+void ProfileLineReader::Advance(std::size_t length) {
+  next_ += length;
+  offset_ += length;
+}
+
+bool ProfileLineReader::Next(std::string_view& line) {
+  for (;;) {
+    const std::size_t limit = std::min(static_cast<std::size_t>(end_ - next_), kLongestLine);
+    const char* const lineFeed = Find(next_, next_ + limit, '\n');
+    if (lineFeed == nullptr && limit < kLongestLine && !atEnd_) {
+      Fill();
+      continue;
+    }
+    const std::size_t length = lineFeed != nullptr ? static_cast<std::size_t>(lineFeed - next_) + 1 : limit;
+    line = {next_, length};
+    lineStart_ = offset_;
+    Advance(length);
+    return length != 0;
+  }
+}
+
+// next_ is the start of a line, and so every 1023rd character after it is, up to the next line feed.
+void ProfileLineReader::SkipToLineOf(const char* place) {
+  const auto ahead = static_cast<std::size_t>(place - next_);
+  if (const void* const lineFeed = memrchr(next_, '\n', ahead)) {
+    Advance(static_cast<std::size_t>(static_cast<const char*>(lineFeed) + 1 - next_));
+  }
+  const auto inLine = static_cast<std::size_t>(place - next_);
+  Advance(inLine - inLine % kLongestLine);
+}
+
+bool ProfileLineReader::NextHeader(std::string_view& line) {
+  for (;;) {
+    const char* const bracket = Find(next_, end_, '[');
+    SkipToLineOf(bracket != nullptr ? bracket : end_);
+    if (bracket == nullptr) {
+      if (atEnd_) return false;
+      Fill();
+      continue;
+    }
+    const bool isHeader = std::all_of(next_, bracket, IsProfileBlank);
+    if (!Next(line)) return false;
+    if (isHeader) return true;
+  }
+}
+
+}  // namespace emstatus
