@@ -30,7 +30,7 @@ constexpr std::size_t kLongestEscape = 6;
 
 /// Eight bytes with the same value.
 constexpr std::uint64_t Eight(unsigned char byte) {
-  return 0x0101010101010101 * byte;
+  return UINT64_C(0x0101010101010101) * byte;
 }
 
 /// Whether one of eight bytes may need an escape; always true when one does.
