@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 extern "C" {
 __attribute__((visibility("default"))) emstatus::test::TraceCapture Debug;
@@ -20,6 +21,10 @@ void TraceCapture::FilteredPrint(const char* format, va_list arguments, const ch
   va_end(measured);
   std::string line(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
   std::vsnprintf(line.data(), line.size() + 1, format, arguments);
+  Note(std::move(line));
+}
+
+void TraceCapture::Note(std::string line) {
   const std::lock_guard guard(lock_);
   lines_.push_back(std::move(line));
 }
@@ -29,7 +34,9 @@ std::vector<std::string> TraceCapture::Take() {
   return std::exchange(lines_, {});
 }
 
-TraceCapture& Trace() { return Debug; }
+TraceCapture& Trace() {
+  return Debug;
+}
 
 bool Holds(const std::vector<std::string>& lines, const std::string& line) {
   return std::ranges::find(lines, line) != lines.end();

@@ -16,6 +16,9 @@ class TraceCapture final : public TraceSink {
   void Print(const char* format, va_list arguments, const char* moduleName) override;
   void FilteredPrint(const char* format, va_list arguments, const char* moduleName) override;
 
+  /// Puts a line of a test's own between them.
+  void Note(std::string line);
+
   /// What has arrived since the last call; empties the store.
   std::vector<std::string> Take();
 
