@@ -13,6 +13,8 @@
 namespace emstatus::test {
 namespace {
 
+using namespace std::string_literals;
+
 /// What the buffer received, up to the length returned, and for a list the zero there.
 std::string Read(const char* section, const char* key, const char* defaultText, std::size_t size,
                  const std::string& path) {
@@ -63,8 +65,8 @@ TEST(PrivateProfile, ReadsValues) {
       {"not at the 1023rd", x1000 + std::string(22, ' ') + "[s]\nk=v\n", "<default>"},
       {"nor behind blanks at the 1021st", std::string(1020, ' ') + "[s]\nk=v\n", "v"},
       {"an entry at the 1024th character", "[s]\na=" + x1000 + std::string(21, '-') + "k=v\n", "v"},
-      {"a zero byte ends its line", std::string("[s]\nk=v\0w\nl=1\n", 15), "v"},
-      {"a zero byte before a header", std::string("\0[s]\nk=v\n", 10), "<default>"},
+      {"a zero byte ends its line", "[s]\nk=v\0w\nl=1\n"s, "v"},
+      {"a zero byte before a header", "\0[s]\nk=v\n"s, "<default>"},
       {"nothing at all", "", "<default>"},
   };
   for (const auto& row : rows)
