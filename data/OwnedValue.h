@@ -21,8 +21,8 @@ void Release(CommandValue& value) noexcept;
 class OwnedValue : public CommandValue {
  public:
   /// Null.
-  OwnedValue() noexcept : CommandValue{} {}
-  OwnedValue(OwnedValue&& other) noexcept : CommandValue(other.release()) {}
+  OwnedValue() noexcept : OwnedValue(CommandValue{}) {}
+  OwnedValue(OwnedValue&& other) noexcept : OwnedValue(other.release()) {}
   OwnedValue& operator=(OwnedValue&& other) noexcept {
     OwnedValue taken(std::move(other));
     std::swap<CommandValue>(*this, taken);
@@ -36,11 +36,7 @@ class OwnedValue : public CommandValue {
   }
 
   /// Takes over a value that came from elsewhere, a host for example.
-  static OwnedValue Adopt(const CommandValue& value) noexcept {
-    OwnedValue owned;
-    static_cast<CommandValue&>(owned) = value;
-    return owned;
-  }
+  static OwnedValue Adopt(const CommandValue& value) noexcept { return OwnedValue(value); }
   /// Without members; nothing is allocated before the first one.
   static OwnedValue Object() noexcept;
   /// Without elements; nothing is allocated before the first one.
@@ -71,6 +67,9 @@ class OwnedValue : public CommandValue {
     static_cast<CommandValue&>(*this) = CommandValue{};
     return value;
   }
+
+ private:
+  explicit OwnedValue(const CommandValue& value) noexcept : CommandValue(value) {}
 };
 
 static_assert(sizeof(OwnedValue) == sizeof(CommandValue) && std::is_standard_layout_v<OwnedValue>);
