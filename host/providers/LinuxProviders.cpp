@@ -1,0 +1,29 @@
+#include "host/providers/LinuxProviders.h"
+
+#include "host/providers/FilesystemProvider.h"
+#include "host/providers/MemoryProvider.h"
+#include "host/providers/NetworkProvider.h"
+#include "host/providers/PressureProvider.h"
+#include "host/providers/ProcessProvider.h"
+#include "host/providers/ProcessorProvider.h"
+#include "host/providers/RealFiles.h"
+
+namespace emstatus::host {
+
+std::vector<std::unique_ptr<Provider>> MakeLinuxProviders(const LinuxOptions& options) {
+  const FilesFactory files = [sys = options.sysRoot, proc = options.procRoot] {
+    return std::make_unique<RealFiles>(sys, proc);
+  };
+  std::vector<std::unique_ptr<Provider>> providers;
+  providers.push_back(std::make_unique<ProcessorProvider>(files()));
+  providers.push_back(std::make_unique<MemoryProvider>(files()));
+  providers.push_back(std::make_unique<PressureProvider>(files()));
+  providers.push_back(std::make_unique<FilesystemProvider>(files, options.filesystems));
+  providers.push_back(std::make_unique<NetworkProvider>(files(), options.requiredLinks));
+  if (!options.requiredProcesses.empty()) {
+    providers.push_back(std::make_unique<ProcessProvider>(files(), options.requiredProcesses));
+  }
+  return providers;
+}
+
+}  // namespace emstatus::host

@@ -1,0 +1,126 @@
+#include "host/providers/ReadLanes.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <map>
+#include <mutex>
+#include <thread>
+
+namespace emstatus::host {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kFarewell{200};
+
+}  // namespace
+
+struct ReadLanes::Shared {
+  FilesFactory makeFiles;
+
+  std::mutex lock;
+  std::condition_variable work;
+  /// A job was begun or has ended, or a thread has.
+  std::condition_variable progress;
+  // All guarded by lock
+  std::deque<std::pair<std::string, Job>> queue;
+  std::map<std::string, Clock::time_point> running;
+  std::size_t threads = 0;
+  std::size_t idle = 0;
+  bool ending = false;
+};
+
+ReadLanes::ReadLanes(FilesFactory makeFiles, std::chrono::milliseconds patience)
+    : patience_(patience), shared_(std::make_shared<Shared>()) {
+  shared_->makeFiles = std::move(makeFiles);
+}
+
+ReadLanes::~ReadLanes() {
+  std::unique_lock lock(shared_->lock);
+  shared_->ending = true;
+  shared_->queue.clear();
+  shared_->work.notify_all();
+  shared_->progress.wait_for(lock, kFarewell, [this] { return shared_->threads == 0; });
+}
+
+bool ReadLanes::IsRunning(const std::string& key) const {
+  const std::lock_guard lock(shared_->lock);
+  return shared_->running.contains(key);
+}
+
+void ReadLanes::Run(std::vector<std::pair<std::string, Job>> jobs) {
+  std::unique_lock lock(shared_->lock);
+  for (auto& job : jobs) {
+    if (!shared_->running.contains(job.first)) {
+      shared_->queue.push_back(std::move(job));
+    }
+  }
+  shared_->work.notify_one();
+  for (;;) {
+    const Clock::time_point now = Clock::now();
+    Clock::time_point next = Clock::time_point::max();
+    for (const auto& [key, begun] : shared_->running) {
+      if (begun + patience_ > now) {
+        next = std::min(next, begun + patience_);
+      }
+    }
+    const bool nobodyElse = next == Clock::time_point::max();
+    if (nobodyElse && shared_->queue.empty()) {
+      return;
+    }
+    if (nobodyElse && shared_->idle == 0) {
+      if (shared_->threads >= kMostThreads) {
+        shared_->queue.clear();
+        return;
+      }
+      AddThread();
+    }
+    shared_->progress.wait_until(lock, std::min(next, now + patience_));
+  }
+}
+
+void ReadLanes::AddThread() {
+  std::thread(&ReadLanes::Work, shared_).detach();
+  ++shared_->threads;
+  ++shared_->idle;
+}
+
+void ReadLanes::Work(const std::shared_ptr<Shared>& shared) {
+  std::unique_ptr<SystemFiles> files = shared->makeFiles();
+  std::unique_lock lock(shared->lock);
+  for (;;) {
+    shared->work.wait(lock, [&shared] { return shared->ending || !shared->queue.empty(); });
+    --shared->idle;
+    if (shared->ending) {
+      break;
+    }
+    auto [key, job] = std::move(shared->queue.front());
+    shared->queue.pop_front();
+    shared->running.emplace(key, Clock::now());
+    shared->progress.notify_all();
+    lock.unlock();
+    try {
+      job(*files);
+    } catch (const std::exception&) {
+      // No sample is delivered, which shows the device as late.
+    }
+    job = nullptr;
+    lock.lock();
+    shared->running.erase(key);
+    shared->progress.notify_all();
+    // The thread that took over while this one hung is enough.
+    if (shared->idle > 0) {
+      break;
+    }
+    ++shared->idle;
+  }
+  lock.unlock();
+  files.reset();
+  lock.lock();
+  --shared->threads;
+  shared->progress.notify_all();
+}
+
+}  // namespace emstatus::host
