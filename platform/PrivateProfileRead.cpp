@@ -86,9 +86,11 @@ void ListSections(ProfileLineReader& reader, Output& output) {
 }
 
 bool EnterSection(ProfileLineReader& reader, std::string_view section) {
+  // A semicolon would begin a comment.
+  if (section.find(';') != std::string_view::npos) return false;
   std::string_view line;
   while (reader.NextHeader(line)) {
-    if (IsProfileHeaderOf(Content(line), section)) return true;
+    if (IsProfileHeaderOf(TrimLeft(line), section)) return true;
   }
   return false;
 }

@@ -66,16 +66,19 @@ void ProfileLineReader::SkipToLineOf(const char* place) {
 
 bool ProfileLineReader::NextHeader(std::string_view& line) {
   for (;;) {
-    const char* const bracket = Find(next_, end_, '[');
-    SkipToLineOf(bracket != nullptr ? bracket : end_);
-    if (bracket == nullptr) {
-      if (atEnd_) return false;
-      Fill();
-      continue;
+    const char* from = next_;
+    while (const char* const bracket = Find(from, end_, '[')) {
+      // Most brackets stand within a value. So near to next_ a line begins only there or after a line feed.
+      const bool isNear = bracket - next_ < static_cast<std::ptrdiff_t>(kLongestLine);
+      if (!isNear || bracket == next_ || IsProfileBlank(bracket[-1])) {
+        SkipToLineOf(bracket);
+        if (std::all_of(next_, bracket, IsProfileBlank)) return Next(line);
+      }
+      from = bracket + 1;
     }
-    const bool isHeader = std::all_of(next_, bracket, IsProfileBlank);
-    if (!Next(line)) return false;
-    if (isHeader) return true;
+    SkipToLineOf(end_);
+    if (atEnd_) return false;
+    Fill();
   }
 }
 
