@@ -1,0 +1,48 @@
+#include "host/commands/HostOptions.h"
+
+namespace emstatus::host {
+namespace {
+
+constexpr int kHighestTraceLevel = 9;
+const char* const kScenarioPrefix = "scenario:";
+
+std::string CheckProvider(const std::string& text) {
+  const bool scenario = text.rfind(kScenarioPrefix, 0) == 0 && text != kScenarioPrefix;
+  return text == "linux" || scenario ? std::string()
+                                     : "expected linux or scenario:FILE, found \"" + text + "\"";
+}
+
+}  // namespace
+
+void AddHostOptions(CLI::App& command, HostOptions& options) {
+  command
+      .add_option("--module", options.module, "The module's library (default: libEM_STATUS.so beside emhost)")
+      ->type_name("PATH");
+  command
+      .add_option("--config", options.configuration,
+                  "The folder of EM_STATUS.ini (default: etc beside emhost)")
+      ->type_name("DIR");
+  command.add_option("--provider", options.provider, "Where readings come from")
+      ->check(CLI::Validator(CheckProvider, "linux|scenario:FILE"))
+      ->type_name("")
+      ->capture_default_str();
+  command
+      .add_option("--trace", options.traceLevel, "The module's trace level; the trace goes to standard error")
+      ->check(CLI::Range(0, kHighestTraceLevel))
+      ->type_name("LEVEL");
+  command
+      .add_option("--filesystem", options.linux.filesystems,
+                  "Also read the filesystem that is mounted here, though it is on the network or no disk")
+      ->type_name("DIR");
+  command.add_option("--link", options.linux.requiredLinks, "A network link that must be up")
+      ->type_name("NAME");
+  command.add_option("--process", options.linux.requiredProcesses, "A program that must run")
+      ->type_name("NAME");
+  command.add_option("--unit", options.linux.requiredUnits, "A systemd unit that must be active")
+      ->type_name("NAME");
+  command
+      .add_option("--state", options.linux.stateFolder, "The folder in which counters are kept over restarts")
+      ->type_name("DIR");
+}
+
+}  // namespace emstatus::host

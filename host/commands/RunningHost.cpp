@@ -1,0 +1,109 @@
+#include "host/commands/RunningHost.h"
+
+#include <poll.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <string_view>
+
+#include "host/commands/DefaultPaths.h"
+#include "host/machine/ProviderMachine.h"
+#include "host/machine/ScenarioMachine.h"
+
+namespace emstatus::host {
+namespace {
+
+constexpr std::string_view kScenarioPrefix = "scenario:";
+
+/// A slow device may still be unread when the first scan begins; it then appears in a later one.
+constexpr std::chrono::milliseconds kFirstReading{3000};
+
+void SetTraceLevel(int level) {
+  if (level >= 0) {
+    setenv("QX_LOG_DEBUG_LEVEL", std::to_string(level).c_str(), 1);
+  }
+}
+
+std::string AbsoluteModule(const std::string& wanted) {
+  const std::string path = wanted.empty() ? FindModule(ModuleCandidates(ProgramFolder())) : wanted;
+  return std::filesystem::absolute(path).lexically_normal().string();
+}
+
+}  // namespace
+
+std::unique_ptr<Machine> MakeMachine(const HostOptions& options) {
+  const std::string_view provider = options.provider;
+  if (provider.starts_with(kScenarioPrefix)) {
+    return std::make_unique<ScenarioMachine>(
+        ReadScenario(std::string(provider.substr(kScenarioPrefix.size()))));
+  }
+  LinuxOptions linux = options.linux;
+  if (!linux.stateFolder.empty()) {
+    linux.stateFolder = std::filesystem::absolute(linux.stateFolder).string();
+  }
+  return std::make_unique<ProviderMachine>(MakeLinuxProviders(linux));
+}
+
+RunningHost::RunningHost(const HostOptions& options) {
+  const std::string module = AbsoluteModule(options.module);
+  const std::string folder =
+      FindConfiguration(options.configuration, ConfigurationCandidates(ProgramFolder()));
+  machine_ = MakeMachine(options);
+  std::filesystem::current_path(folder);
+  words_ = StatusWords::FromFile("EM_STATUS.ini");
+  SetTraceLevel(options.traceLevel);
+
+  host_ = std::make_unique<Host>(*machine_, *notices_);
+  library_ = std::make_unique<ModuleLibrary>(module);
+  // A provider that is stuck may outlive all of this; it keeps the queue.
+  machine_->Start([notices = notices_] { notices->Push(Notice{}); });
+  session_ = std::make_unique<ModuleSession>(library_->Module(), *host_, *machine_);
+  static_cast<void>(machine_->WaitUntilRead(kFirstReading));
+  session_->Run();
+}
+
+RunningHost::~RunningHost() {
+  session_.reset();
+  library_.reset();
+}
+
+std::vector<Notice> RunningHost::Wait(std::optional<std::chrono::milliseconds> limit) {
+  std::array<pollfd, 2> descriptors{
+      {{notices_->Descriptor(), POLLIN, 0}, {signals_.Descriptor(), POLLIN, 0}}};
+  const int timeout = limit ? int(std::max<std::int64_t>(limit->count(), 0)) : -1;
+  if (poll(descriptors.data(), descriptors.size(), timeout) <= 0) {
+    return {};
+  }
+  stopped_ = stopped_ || descriptors[1].revents != 0;
+  return stopped_ ? std::vector<Notice>{} : notices_->Take();
+}
+
+Report RunningHost::MakeReport(std::uint32_t led) {
+  const auto text = session_->TreeText();
+  if (!text) {
+    throw std::runtime_error("the module has no status tree after its scan; --trace 2 tells more.");
+  }
+  Report report;
+  report.root = ReadStatusTree(*text);
+  AttachObjects(report.root, *machine_, ModuleSession::kServerCabinet);
+  report.systemStatus = session_->SystemStatus().value_or(0);
+  report.led = led;
+  return report;
+}
+
+void RunningHost::Name(StatusChange& change, const StatusNode& root) {
+  if (change.what != StatusChange::What::Instance) {
+    return;
+  }
+  change.subsystemName = session_->SubsystemName(change.subsystem);
+  change.componentName = session_->ComponentName(change.subsystem, change.component);
+  const StatusNode* node =
+      FindInstance(root, change.subsystemName, change.componentName, change.index, change.cabinet);
+  change.name = node != nullptr ? NodeName(*node)
+                                : session_->InstanceName(change.subsystem, change.component, change.index,
+                                                         change.cabinet);
+  change.object = node != nullptr ? node->object : std::nullopt;
+}
+
+}  // namespace emstatus::host

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "host/commands/HostOptions.h"
+#include "host/commands/StopSignals.h"
+#include "host/machine/Machine.h"
+#include "host/module/Host.h"
+#include "host/module/ModuleLibrary.h"
+#include "host/module/ModuleSession.h"
+#include "host/module/NoticeQueue.h"
+#include "host/view/Report.h"
+#include "host/view/StatusChange.h"
+#include "host/view/StatusWords.h"
+
+namespace emstatus::host {
+
+/// The machine that --provider names. Throws a std::runtime_error when its scenario cannot be read.
+std::unique_ptr<Machine> MakeMachine(const HostOptions& options);
+
+/// A module at work: machine, host, library and session, started by the constructor in this order and ended
+/// by the destructor in the opposite one. Changes into the configuration's folder, because the module looks
+/// there first. [main thread]
+class RunningHost {
+ public:
+  /// Throws a std::runtime_error that tells people what is wrong and what to do.
+  explicit RunningHost(const HostOptions& options);
+  RunningHost(const RunningHost&) = delete;
+  RunningHost& operator=(const RunningHost&) = delete;
+  ~RunningHost();
+
+  /// Waits for notices; empty when a stop signal or the end of `limit` came first.
+  std::vector<Notice> Wait(std::optional<std::chrono::milliseconds> limit);
+  bool Stopped() const { return stopped_; }
+
+  /// Makes the module scan at once, because the machine has changed.
+  void WakeUp() { session_->WakeUp(); }
+
+  /// The state after the last scan; `led` is what the scan set. Throws a std::runtime_error when the module
+  /// gives no tree that can be read.
+  Report MakeReport(std::uint32_t led);
+
+  /// Fills in names, and the object that an instance stands for, from the tree.
+  void Name(StatusChange& change, const StatusNode& root);
+
+  const StatusWords& Words() const { return words_; }
+
+ private:
+  // In the order of their making
+  StopSignals signals_;
+  StatusWords words_;
+  std::shared_ptr<NoticeQueue> notices_ = std::make_shared<NoticeQueue>();
+  std::unique_ptr<Machine> machine_;
+  std::unique_ptr<Host> host_;
+  std::unique_ptr<ModuleLibrary> library_;
+  std::unique_ptr<ModuleSession> session_;
+  bool stopped_ = false;
+};
+
+}  // namespace emstatus::host

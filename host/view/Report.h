@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+
+#include "host/view/StatusNode.h"
+
+namespace emstatus::host {
+
+/// The state of the whole machine after a scan.
+struct Report {
+  StatusNode root;
+  /// The status reported for the system: where redundancy covers a failed part it is better than the root's.
+  std::uint32_t systemStatus = 0;
+  /// The value of the error LED.
+  std::uint32_t led = 0;
+};
+
+}  // namespace emstatus::host

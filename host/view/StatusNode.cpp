@@ -1,0 +1,89 @@
+#include "host/view/StatusNode.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "host/machine/Utf8.h"
+#include "host/view/AssociationKey.h"
+
+namespace emstatus::host {
+namespace {
+
+using nlohmann::json;
+
+constexpr int kDeepest = 64;
+
+StatusNode ReadNode(const json& object, int depth) {
+  if (!object.is_object() || depth > kDeepest) {
+    throw std::runtime_error("the module's status tree cannot be read: a node is no object");
+  }
+  StatusNode node;
+  node.id = object.value("Id", "");
+  node.designation = object.value("Desig", "");
+  node.status = object.value("Status", 0U);
+  node.cssStatus = object.value("CssStatus", 0U);
+  node.nonCssStatus = object.value("NoCssStatus", 0U);
+  node.isCss = object.value("IsCss", 0U) != 0;
+  if (object.contains("ObjStatus")) {
+    node.objectStatus = std::uint32_t(object["ObjStatus"].get<std::int64_t>());
+  }
+  node.associationKey = object.value("Assoc", "");
+  for (const json& child : object.value("Children", json::array())) {
+    node.children.push_back(ReadNode(child, depth + 1));
+  }
+  return node;
+}
+
+/// Whether the designation is no more than the instance's number behind the component's word.
+bool IsNumberOnly(const StatusNode& node) {
+  const ObjectAddress& address = node.object->address;
+  const std::string index = std::to_string(address.index);
+  return node.designation.empty() || node.designation.ends_with(index) ||
+         node.designation.ends_with(index + "-" + std::to_string(address.cabinet));
+}
+
+const StatusNode* FindChild(const StatusNode& parent, std::string_view designation) {
+  const auto found = std::ranges::find(parent.children, designation, &StatusNode::designation);
+  return found == parent.children.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+StatusNode ReadStatusTree(std::string_view text) {
+  try {
+    return ReadNode(json::parse(CleanUtf8(text)), 0);
+  } catch (const json::exception& error) {
+    throw std::runtime_error(std::string("the module's status tree cannot be read: ") + error.what());
+  }
+}
+
+void AttachObjects(StatusNode& node, const Machine& machine, std::uint32_t ownCabinet) {
+  if (const auto address = ObjectOfKey(node.associationKey, ownCabinet)) {
+    node.object = machine.Find(*address);
+  }
+  for (StatusNode& child : node.children) {
+    AttachObjects(child, machine, ownCabinet);
+  }
+}
+
+std::string NodeName(const StatusNode& node) {
+  if (node.object && !node.object->reading.name.empty() && IsNumberOnly(node)) {
+    return CleanUtf8(node.object->reading.name);
+  }
+  return node.designation.empty() ? node.id : node.designation;
+}
+
+const StatusNode* FindInstance(const StatusNode& root, std::string_view subsystem, std::string_view component,
+                               std::uint32_t index, std::uint32_t cabinet) {
+  const StatusNode* parent = FindChild(root, subsystem);
+  parent = parent == nullptr ? nullptr : FindChild(*parent, component);
+  if (parent == nullptr) {
+    return nullptr;
+  }
+  const auto found = std::ranges::find_if(parent->children, [&](const StatusNode& node) {
+    return node.object && node.object->address.index == index && node.object->address.cabinet == cabinet;
+  });
+  return found == parent->children.end() ? nullptr : &*found;
+}
+
+}  // namespace emstatus::host

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "host/view/Report.h"
+#include "host/view/StatusWords.h"
+
+namespace emstatus::host {
+
+/// The status tree for people: one line a node, indented, with status, reading and remark in columns, then
+/// the system's status and the error LED. Status is told in words, with colours on top of them. [any thread]
+std::string TreeText(const Report& report, const StatusWords& words, bool colours);
+
+}  // namespace emstatus::host
