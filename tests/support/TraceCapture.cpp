@@ -1,6 +1,7 @@
 #include "tests/support/TraceCapture.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <utility>
 
@@ -27,6 +28,15 @@ void TraceCapture::FilteredPrint(const char* format, va_list arguments, const ch
 void TraceCapture::Note(std::string line) {
   const std::lock_guard guard(lock_);
   lines_.push_back(std::move(line));
+  arrived_.notify_all();
+}
+
+bool TraceCapture::WaitFor(std::string_view text) {
+  std::unique_lock guard(lock_);
+  return arrived_.wait_for(guard, std::chrono::minutes(1), [&] {
+    return std::ranges::any_of(
+        lines_, [text](const std::string& line) { return line.find(text) != std::string::npos; });
+  });
 }
 
 std::vector<std::string> TraceCapture::Take() {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <condition_variable>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <emstatus/TraceSink.h>
@@ -19,11 +21,15 @@ class TraceCapture final : public TraceSink {
   /// Puts a line of a test's own between them.
   void Note(std::string line);
 
+  /// Waits until a line with that text has arrived since the last Take(), at most a minute.
+  bool WaitFor(std::string_view text);
+
   /// What has arrived since the last call; empties the store.
   std::vector<std::string> Take();
 
  private:
   std::mutex lock_;
+  std::condition_variable arrived_;
   std::vector<std::string> lines_;
 };
 
