@@ -20,17 +20,14 @@ struct EncodingName {
 /// In upper case.
 constexpr auto kEncodingNames = std::to_array<EncodingName>({
     {"UTF-8", Encoding::Utf8},
-    {"UTF8", Encoding::Utf8},
     {"UTF-16", Encoding::Utf16},
     {"UTF-16LE", Encoding::Utf16Le},
     {"UTF-16BE", Encoding::Utf16Be},
     {"ISO-8859-1", Encoding::Latin1},
-    {"ISO8859-1", Encoding::Latin1},
     {"ISO_8859-1", Encoding::Latin1},
     {"LATIN1", Encoding::Latin1},
     {"WINDOWS-1252", Encoding::Windows1252},
     {"CP1252", Encoding::Windows1252},
-    {"CP-1252", Encoding::Windows1252},
     {"US-ASCII", Encoding::Ascii},
     {"ASCII", Encoding::Ascii},
 });
@@ -61,7 +58,10 @@ Beginning Inspect(std::string_view bytes) {
 std::string_view DeclaredName(std::string_view text) {
   constexpr std::string_view kBefore = "<?xml";
   constexpr std::string_view kKey = "encoding";
-  if (!text.starts_with(kBefore)) return {};
+  if (!text.starts_with(kBefore) || text.size() == kBefore.size() ||
+      !IsMarkupSpace(static_cast<unsigned char>(text[kBefore.size()]))) {
+    return {};
+  }
   text = text.substr(0, text.find("?>"));
   const std::size_t key = text.find(kKey);
   if (key == std::string_view::npos) return {};
