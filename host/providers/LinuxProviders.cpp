@@ -1,6 +1,7 @@
 #include "host/providers/LinuxProviders.h"
 
 #include "host/providers/FilesystemProvider.h"
+#include "host/providers/HwmonProvider.h"
 #include "host/providers/MemoryProvider.h"
 #include "host/providers/NetworkProvider.h"
 #include "host/providers/PressureProvider.h"
@@ -15,6 +16,9 @@ std::vector<std::unique_ptr<Provider>> MakeLinuxProviders(const LinuxOptions& op
     return std::make_unique<RealFiles>(sys, proc);
   };
   std::vector<std::unique_ptr<Provider>> providers;
+  for (const HwmonKind kind : {HwmonKind::Board, HwmonKind::Nvme, HwmonKind::Sata}) {
+    providers.push_back(std::make_unique<HwmonProvider>(files, kind));
+  }
   providers.push_back(std::make_unique<ProcessorProvider>(files()));
   providers.push_back(std::make_unique<MemoryProvider>(files()));
   providers.push_back(std::make_unique<PressureProvider>(files()));

@@ -47,6 +47,14 @@ bool IsUnlinked(int descriptor) {
   return fstat(descriptor, &status) != 0 || status.st_nlink == 0;
 }
 
+bool IsFolder(const dirent& entry, int parent) {
+  if (entry.d_type != DT_UNKNOWN) {
+    return entry.d_type == DT_DIR;
+  }
+  struct stat status {};
+  return fstatat(parent, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+}
+
 class Descriptor {
  public:
   explicit Descriptor(int number) : number_(number) {}
@@ -154,23 +162,32 @@ FileResult<std::string> RealFiles::ReadText(const std::string& path, std::size_t
   }
 }
 
-FileResult<std::vector<std::string>> RealFiles::List(const std::string& path) {
+FileResult<std::vector<FolderEntry>> RealFiles::ListEntries(const std::string& path) {
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(Map(path).c_str()), closedir);
   if (!folder) {
-    return Failed<std::vector<std::string>>();
+    return Failed<std::vector<FolderEntry>>();
   }
-  std::vector<std::string> names;
+  std::vector<FolderEntry> entries;
   for (errno = 0; const dirent* entry = readdir(folder.get()); errno = 0) {
     const std::string_view name = entry->d_name;
     if (name != "." && name != "..") {
-      names.emplace_back(name);
+      entries.push_back({std::string(name), IsFolder(*entry, dirfd(folder.get()))});
     }
   }
   if (errno != 0) {
-    return Failed<std::vector<std::string>>();
+    return Failed<std::vector<FolderEntry>>();
+  }
+  return {std::move(entries), 0};
+}
+
+FileResult<std::vector<std::string>> RealFiles::List(const std::string& path) {
+  FileResult<std::vector<FolderEntry>> entries = ListEntries(path);
+  std::vector<std::string> names;
+  for (FolderEntry& entry : entries.value) {
+    names.push_back(std::move(entry.name));
   }
   std::sort(names.begin(), names.end());
-  return {std::move(names), 0};
+  return {std::move(names), entries.error};
 }
 
 FileResult<std::string> RealFiles::ReadLink(const std::string& path) {

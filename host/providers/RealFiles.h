@@ -21,6 +21,7 @@ class RealFiles final : public SystemFiles {
   FileResult<std::string> ReadAttribute(const std::string& path) override;
   FileResult<std::string> ReadText(const std::string& path, std::size_t limit) override;
   FileResult<std::vector<std::string>> List(const std::string& path) override;
+  FileResult<std::vector<FolderEntry>> ListEntries(const std::string& path) override;
   FileResult<std::string> ReadLink(const std::string& path) override;
   FileResult<std::string> RealPath(const std::string& path) override;
   FileResult<FilesystemRoom> Room(const std::string& path) override;

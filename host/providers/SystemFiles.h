@@ -17,6 +17,13 @@ struct FileResult {
   explicit operator bool() const { return error == 0; }
 };
 
+/// A name in a folder.
+struct FolderEntry {
+  std::string name;
+  /// A folder itself; a link to one is not.
+  bool isFolder = false;
+};
+
 /// Room on a filesystem.
 struct FilesystemRoom {
   /// Bytes: whole, free, and free for ordinary users.
@@ -51,6 +58,9 @@ class SystemFiles {
 
   /// The names in a folder, sorted, without "." and "..".
   virtual FileResult<std::vector<std::string>> List(const std::string& path) = 0;
+
+  /// The same with what each is, for walks that must not follow links. Unsorted.
+  virtual FileResult<std::vector<FolderEntry>> ListEntries(const std::string& path) = 0;
 
   /// Where a symbolic link points, as it is written in the link.
   virtual FileResult<std::string> ReadLink(const std::string& path) = 0;
