@@ -5,7 +5,7 @@
 
 namespace emstatus {
 
-/// The first thing wrong in a document.
+/// Something wrong in a document.
 struct MarkupError {
   /// From 1.
   std::uint32_t line = 0;

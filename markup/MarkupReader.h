@@ -13,7 +13,8 @@ namespace emstatus {
 /// The most bytes that a document may have.
 inline constexpr std::size_t kLargestMarkup = std::size_t{1} << 20;
 
-/// The root element of a document, or the first thing wrong in it.
+/// The root element of a document, or what is wrong in it: the first fault of its encoding, else of its
+/// markup.
 class MarkupResult {
  public:
   MarkupResult(Element root) : outcome_(std::move(root)) {}

@@ -134,9 +134,9 @@ TEST(Command, AnOwnCommandHasItsMembersInOrder) {
             R"({"SIP":{"CMD":[{"OC":8960,"OE":1,"OI":4294967295,"CA":7,"DA":"x"}]}})");
   OwnedCommand moved = std::move(command);
   EXPECT_EQ(command.document.tag, tag::kNull);
-  command = OwnedCommand();
-  EXPECT_EQ(JsonText(command.document), R"({"SIP":{"CMD":[{}]}})");
   EXPECT_EQ(GetInt(moved, "CA", 0), 7u);
+  moved = OwnedCommand();
+  EXPECT_EQ(JsonText(moved.document), R"({"SIP":{"CMD":[{}]}})");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <new>
 
 #include "data/JsonWriter.h"
 #include "tests/support/ValueBuilder.h"
@@ -62,6 +63,15 @@ TEST(CommandValue, StorageOfAHostGrowsWhateverItsCapacity) {
     EXPECT_EQ(AddMember(empty, "a", Number(1)), tag == tag::kObject);
     EXPECT_EQ(empty.array.count, 1u);
   }
+}
+
+TEST(CommandValue, ACountAtItsEndRefusesMore) {
+  CommandValue entry[2] = {};
+  OwnedValue array = Array();
+  array.array = {entry, UINT32_MAX, UINT32_MAX};
+  EXPECT_THROW(Append(array, Text("released")), std::bad_alloc);
+  EXPECT_EQ(array.array.elements, entry);
+  static_cast<void>(array.release());
 }
 
 TEST(CommandValue, MembersAreFoundByTheWholeNameAndTheFirstWins) {
