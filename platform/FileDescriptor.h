@@ -2,9 +2,12 @@
 
 #include <unistd.h>
 
+#include <string>
+#include <string_view>
+
 namespace emstatus {
 
-/// Owns what open() returned, and closes it.
+/// Owns what open() returned, and closes it. [one thread at a time]
 class FileDescriptor {
  public:
   explicit FileDescriptor(int number) : number_(number) {}
@@ -16,6 +19,12 @@ class FileDescriptor {
 
   bool IsOpen() const { return number_ >= 0; }
   int Number() const { return number_; }
+
+  /// All bytes from the current position to the end, or to a read error.
+  std::string ReadToEnd() const;
+
+  /// False when not everything could be written.
+  bool Write(std::string_view text) const;
 
  private:
   const int number_;

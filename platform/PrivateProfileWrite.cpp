@@ -121,27 +121,17 @@ bool ReadAll(int file, std::string& text, std::uint64_t from) {
   return true;
 }
 
-bool WriteAll(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t put = ::write(file, text.data(), text.size());
-    if (put < 0 && errno == EINTR) continue;
-    if (put < 0) return false;
-    text.remove_prefix(static_cast<std::size_t>(put));
-  }
-  return true;
-}
-
 /// Puts `text` in the place of `region`; what follows moves.
-bool Rewrite(int file, const Region& region, std::string text) {
+bool Rewrite(const FileDescriptor& file, const Region& region, std::string text) {
   struct stat status;
-  if (::fstat(file, &status) != 0) return false;
+  if (::fstat(file.Number(), &status) != 0) return false;
   const auto size = static_cast<std::uint64_t>(status.st_size);
   if (size < region.end) return false;
   std::string rest(size - region.end, '\0');
-  if (!ReadAll(file, rest, region.end)) return false;
-  if (::lseek(file, static_cast<off_t>(region.start), SEEK_SET) < 0) return false;
+  if (!ReadAll(file.Number(), rest, region.end)) return false;
+  if (::lseek(file.Number(), static_cast<off_t>(region.start), SEEK_SET) < 0) return false;
   text += rest;
-  return WriteAll(file, text) && ::ftruncate(file, static_cast<off_t>(region.start + text.size())) == 0;
+  return file.Write(text) && ::ftruncate(file.Number(), static_cast<off_t>(region.start + text.size())) == 0;
 }
 
 enum class Mode { kLeave, kSet };
@@ -153,11 +143,12 @@ bool Append(const char* path, std::string_view text, Mode mode) {
     return false;
   }
   if (mode == Mode::kSet) ::fchmod(file.Number(), kNewFileMode);
-  return WriteAll(file.Number(), text);
+  return file.Write(text);
 }
 
-bool Change(int file, const char* section, const char* key, const char* value, const char* path) {
-  ProfileLineReader reader(file);
+bool Change(const FileDescriptor& file, const char* section, const char* key, const char* value,
+            const char* path) {
+  ProfileLineReader reader(file.Number());
   const Finding found = PlaceFinder(section, key, value).Find(reader);
   switch (found.place) {
     case Place::kRegion: {
@@ -183,7 +174,7 @@ bool WritePrivateProfileString(const char* section, const char* key, const char*
   const FileDescriptor file(::open(path, O_RDWR | O_CLOEXEC));
   bool done;
   if (file.IsOpen()) {
-    done = Change(file.Number(), section, key, value, path);
+    done = Change(file, section, key, value, path);
   } else if (key == nullptr || value == nullptr) {
     return true;
   } else {

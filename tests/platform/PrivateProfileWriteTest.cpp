@@ -1,14 +1,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "platform/CDebugClient.h"
 #include "platform/PrivateProfile.h"
 #include "tests/support/TemporaryDirectory.h"
-#include "tests/support/TraceCapture.h"
+#include "tests/support/TraceLevel.h"
 
 namespace emstatus::test {
 namespace {
@@ -93,20 +91,8 @@ TEST(PrivateProfile, MakesMissingFiles) {
   EXPECT_FALSE(WritePrivateProfileString("s", "k", "v", directory.File("no/folder.ini").c_str()));
 }
 
-class PrivateProfileTrace : public testing::Test {
- protected:
-  PrivateProfileTrace() {
-    setenv("QX_LOG_DEBUG_LEVEL", "4", 1);
-    debugClient.Init("EM_STATUS");
-    Trace().Take();
-  }
-  ~PrivateProfileTrace() override {
-    unsetenv("QX_LOG_DEBUG_LEVEL");
-    debugClient.Init("EM_STATUS");
-  }
-};
-
-TEST_F(PrivateProfileTrace, TellsChangesAndMissingFiles) {
+TEST(PrivateProfile, TellsChangesAndMissingFiles) {
+  const TraceLevel level(4);
   using Lines = std::vector<std::string>;
   const TemporaryDirectory directory;
   const std::string path = directory.Write("x.ini", "[s]\nk=1\n");

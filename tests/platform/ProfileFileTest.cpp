@@ -110,7 +110,8 @@ TEST(ProfileFile, GrowsItsBuffersUpToALimit) {
   EXPECT_STREQ(file.GetValue("s", "k", ""), "v");
 
   std::string sections;
-  for (int number = 10000; number < 23000; ++number) sections += "[" + std::to_string(number) + "]\n";
+  for (int number = 10000; number < 23000; ++number)
+    sections.append("[").append(std::to_string(number)).append("]\n");
   directory.Write("x.ini", sections);
   EXPECT_STREQ(file.GetList(nullptr), "");
   EXPECT_STREQ(file.NextListEntry(), "");
