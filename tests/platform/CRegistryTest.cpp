@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TraceCapture.h"
 #include "tests/support/TraceLevel.h"
 
 namespace emstatus::test {
@@ -31,6 +32,7 @@ TEST(CRegistry, FallsBackToOlderFiles) {
     if (present > 1) directory.Write(names[1], "\n[HKEY_LOCAL_MACHINE]\n");
     if (present < 3) directory.Write(names[present], good[present]);
     const TraceLevel level(1);
+    Trace().Take();
     CRegistry registry(directory.Path().string());
     EXPECT_EQ(registry.SetupTree(false), present < 3);
     const Lines all = {
@@ -54,6 +56,7 @@ TEST(CRegistry, FallsBackToOlderFiles) {
 
 TEST(CRegistry, WithoutADirectoryItLivesInMemory) {
   const TraceLevel level(1);
+  Trace().Take();
   CRegistry registry("");
   EXPECT_TRUE(registry.SetValue(registry.CreateKey(HKEY_USERS, "a"), "v", RegistryValue::Dword(1)));
   EXPECT_TRUE(Holds(Trace().Take(), "CRegistry: ERROR: Empty file path"));
@@ -69,6 +72,7 @@ TEST(CRegistry, SavesAndKeepsThePreviousFile) {
   EXPECT_FALSE(registry.SaveTree()) << "there is no tree yet";
   registry.InitClass();
   const TraceLevel level(2);
+  Trace().Take();
   ASSERT_TRUE(registry.SaveTree());
   EXPECT_EQ(Trace().Take(), Lines{"\nCRegistry::SaveTree MPRegistryTemp[" + directory.File("registry.new") +
                                   "] \t MPRegistry[" + directory.File("registry") + "]"});
@@ -99,6 +103,7 @@ TEST(CRegistry, SetsUpOnceUnlessForced) {
   registry.SetValue(HKEY_LOCAL_MACHINE, "v", RegistryValue::String("changed"));
   directory.Write("registry", "[HKEY_LOCAL_MACHINE]\nv=s=2\n");
   const TraceLevel level(2);
+  Trace().Take();
   EXPECT_TRUE(registry.SetupTree(false));
   EXPECT_EQ(Trace().Take(), Lines{"CRegistry: SetupTree(): ForceSetup=0, MIsSetup=1, MIsDirty=1\n"});
   EXPECT_EQ(TextOf(registry, "", "v"), "changed");
@@ -138,6 +143,7 @@ TEST(CRegistry, OpensMakesAndDeletesKeys) {
   }
 
   const TraceLevel level(2);
+  Trace().Take();
   EXPECT_FALSE(registry.DeleteKey(HKEY_USERS, ""));
   EXPECT_FALSE(registry.DeleteKey(HKEY_USERS, "b"));
   Trace().Take();
@@ -205,6 +211,7 @@ TEST(CRegistry, QueriesValues) {
   EXPECT_EQ(count, 0U);
 
   const TraceLevel level(4);
+  Trace().Take();
   EXPECT_FALSE(registry.QueryValue(HKEY_USERS, "missing", &type, nullptr, &count));
   EXPECT_FALSE(registry.QueryValue(HKEY_USERS, "text", &type, nullptr, nullptr));
   registry.GetValue(HKEY_USERS, "text");

@@ -6,6 +6,7 @@
 
 #include "platform/PrivateProfile.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TraceCapture.h"
 #include "tests/support/TraceLevel.h"
 
 namespace emstatus::test {
@@ -93,6 +94,7 @@ TEST(PrivateProfile, MakesMissingFiles) {
 
 TEST(PrivateProfile, TellsChangesAndMissingFiles) {
   const TraceLevel level(4);
+  Trace().Take();
   using Lines = std::vector<std::string>;
   const TemporaryDirectory directory;
   const std::string path = directory.Write("x.ini", "[s]\nk=1\n");

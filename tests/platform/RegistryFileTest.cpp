@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "tests/support/TraceCapture.h"
 #include "tests/support/TraceLevel.h"
 
 namespace emstatus::test {
@@ -70,6 +71,7 @@ TEST(RegistryFile, ReadsLines) {
 
 TEST(RegistryFile, LeavesOutWhatLiesTooDeep) {
   const TraceLevel level(1);
+  Trace().Take();
   std::string text;
   for (int depth = 0; depth < 100000; ++depth) text += "[k]\n";
   text += "a=s=lost\n" + std::string(100000 - 64, '\n') + "b=s=kept\n";

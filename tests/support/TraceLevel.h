@@ -1,21 +1,20 @@
 #pragma once
 
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
 #include "platform/CDebugClient.h"
-#include "tests/support/TraceCapture.h"
 
 namespace emstatus::test {
 
-/// Has the library's trace client write up to `level` into the trace capture, which starts empty, as long as the
-/// object lives; then level 0 again.
+/// Gives the library's trace client a level for as long as this lives; level 0 and off again after that.
+/// For test programs that link em_platform. [no other thread traces while it comes and goes]
 class TraceLevel {
  public:
-  explicit TraceLevel(unsigned level) {
+  explicit TraceLevel(std::uint32_t level) {
     setenv("QX_LOG_DEBUG_LEVEL", std::to_string(level).c_str(), 1);
     debugClient.Init("EM_STATUS");
-    Trace().Take();
   }
   ~TraceLevel() {
     unsetenv("QX_LOG_DEBUG_LEVEL");
