@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <dlfcn.h>
+#include <link.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -39,12 +40,19 @@ std::uint32_t FromEnvironment(const char* variable, std::uint32_t configured) {
   return configured < kNotConfigured ? configured : 0;
 }
 
-/// Whether what stands at `symbol` starts like an object with virtual operations: with a pointer into a
-/// loaded library or program.
+/// Whether what stands at `symbol` can be an object with virtual operations: large enough, and starting with
+/// a pointer into a loaded library or program.
 bool HasOperations(const void* symbol) {
-  const void* operations = nullptr;
-  std::memcpy(&operations, symbol, sizeof operations);
   Dl_info info;
+  void* entry = nullptr;
+  if (dladdr1(symbol, &info, &entry, RTLD_DL_SYMENT) == 0) return false;
+  const void* operations = nullptr;
+  if (const auto* const known = static_cast<const ElfW(Sym)*>(entry)) {
+    const bool function = ELF64_ST_TYPE(known->st_info) == STT_FUNC;
+    const bool small = known->st_size != 0 && known->st_size < sizeof operations;
+    if (function || small) return false;
+  }
+  std::memcpy(&operations, symbol, sizeof operations);
   return operations != nullptr && dladdr(operations, &info) != 0;
 }
 

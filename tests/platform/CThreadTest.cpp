@@ -1,0 +1,203 @@
+#include "platform/CThread.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <thread>
+
+#include "platform/EventHandle.h"
+#include "tests/platform/ThreadFaults.h"
+#include "tests/support/TraceCapture.h"
+#include "tests/support/TraceLevel.h"
+
+namespace emstatus::test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// The lines since the last call, with the id of the thread written as "T".
+Lines Told(pthread_t thread) {
+  char id[16];
+  std::snprintf(id, sizeof id, "%08X", static_cast<unsigned int>(thread));
+  Lines lines = Trace().Take();
+  for (std::string& line : lines) {
+    const std::size_t at = thread != 0 ? line.find(id) : std::string::npos;
+    if (at != std::string::npos) line.replace(at, 8, "T");
+  }
+  return lines;
+}
+
+void* Nothing(void* argument) {
+  return argument;
+}
+void* WaitFor(void* event) {
+  static_cast<EventHandle*>(event)->Wait(kNoTimeout, false);
+  return nullptr;
+}
+void UntilWaitedOn(EventHandle& event) {
+  while (event.SetAttributes(false, true)) std::this_thread::yield();
+}
+
+class Threads : public testing::Test {
+ protected:
+  Threads() {
+    event_.Create(false, true);
+    Trace().Take();
+  }
+  const TraceLevel level_{5};
+  EventHandle event_;
+  CThread thread_;
+};
+
+TEST_F(Threads, AWaitableThreadIsJoinedWithoutTimeout) {
+  ASSERT_TRUE(thread_.Start(&Nothing, reinterpret_cast<void*>(0x2A), 63, true, 0x1000, true));
+  const pthread_t id = thread_.Id();
+  EXPECT_TRUE(thread_.WaitForTermination(30000));
+  EXPECT_EQ(thread_.Id(), 0U);
+  EXPECT_TRUE(thread_.WaitForTermination(0xFFFFFFFF));
+  EXPECT_FALSE(thread_.Kill());
+  const Lines expected = {
+      "\nCThread::Start: Start a thread, Prio=63, Suspend=1, StackSize=0x00001000, Waitable=1, KillAliveThread=0",
+      "\npthread_attr_init: 0",
+      "\nThreadPrio=63",
+      "\nCThread::Start: thread=0xT created, Prio=63, Waitable=1, StackSize=0x1000",
+      "\nCThread::WaitForTermination: WARNING: can't wait for Thread = 0xT termination with timeout",
+      "\nCThread::WaitForTermination: a joinable Thread = 0xT has terminated, pstat=0x2a",
+      "\nCThread::WaitForTermination: Thread = 0x000000000 doesn't exist !",
+      "\nCThread::Kill: Try to kill the Thread = 0x00000000",
+      "\nCThread::Kill: Thread = 0x000000000 doesn't exist !",
+  };
+  EXPECT_EQ(Told(id), expected);
+}
+
+TEST_F(Threads, ADetachedThreadIsCancelledNotJoined) {
+  ASSERT_TRUE(thread_.Start(&WaitFor, &event_, 0, false, 0, false));
+  UntilWaitedOn(event_);
+  const pthread_t id = thread_.Id();
+  Trace().Take();
+  EXPECT_FALSE(thread_.WaitForTermination(0xFFFFFFFF));
+  EXPECT_TRUE(thread_.Kill());
+  EXPECT_EQ(thread_.Id(), 0U);
+  const Lines expected = {
+      "\nCThread::WaitForTermination: WARNING: Can't wait for detached thread 0xT",
+      "\nCThread::Kill: Try to kill the Thread = 0xT",
+      "\nCThread::Kill: Try to kill a non-joinable Thread = 0x0T",
+      "\nCThread::Kill: Killing a non-joinable thread 0xT",
+      "\nCThread::Kill: a non-joinable thread 0xT cancel invoked",
+  };
+  EXPECT_EQ(Told(id), expected);
+  while (!event_.SetAttributes(false, true)) std::this_thread::yield();
+}
+
+TEST_F(Threads, ADetachedThreadThatHasEndedIsNotCancelled) {
+  // The destructor of a key's value is run when the routine has been left.
+  static EventHandle* ended;
+  ended = &event_;
+  pthread_key_t key{};
+  ASSERT_EQ(pthread_key_create(&key, [](void*) { ended->Set(); }), 0);
+  const auto body = [](void* given) -> void* {
+    pthread_setspecific(*static_cast<pthread_key_t*>(given), given);
+    return nullptr;
+  };
+  ASSERT_TRUE(thread_.Start(body, &key, 0, false, 0, false));
+  const pthread_t id = thread_.Id();
+  ASSERT_EQ(event_.Wait(kNoTimeout, false), EVENT_SIGNAL);
+  Trace().Take();
+  EXPECT_TRUE(thread_.Kill());
+  EXPECT_EQ(thread_.Id(), 0U);
+  const Lines expected = {"\nCThread::Kill: Try to kill the Thread = 0xT",
+                          "\nCThread::Kill: Try to kill a non-joinable Thread = 0x0T"};
+  EXPECT_EQ(Told(id), expected);
+  pthread_key_delete(key);
+}
+
+TEST_F(Threads, KillJoinsAWaitableThread) {
+  ASSERT_TRUE(thread_.Start(&WaitFor, &event_, 0, false, 0, true));
+  const pthread_t id = thread_.Id();
+  Trace().Take();
+  {
+    const ThreadFault fault("pthread_join", 3);
+    EXPECT_FALSE(thread_.WaitForTermination(0xFFFFFFFF));
+    EXPECT_FALSE(thread_.Kill());
+  }
+  EXPECT_EQ(thread_.Id(), id) << "kept after a failed join";
+  UntilWaitedOn(event_);
+  Lines told = Told(id);
+  event_.Set();
+  EXPECT_TRUE(thread_.Kill());
+  for (const std::string& line : Told(id)) {
+    if (line.find("CThread") != std::string::npos) told.push_back(line);
+  }
+  const Lines expected = {
+      "\nCThread::WaitForTermination: ERROR ! ThreadJoin failed, Thread = 0xT, Err = 0x00000003",
+      "\nCThread::Kill: Try to kill the Thread = 0xT",
+      "\nCThread::Kill: Try to join a joinable Thread = 0xT",
+      "\nCThread::Kill: ERROR ! ThreadJoin failed, Thread = 0xT, Err = 0x00000003",
+      "\nCThread::Kill: Try to kill the Thread = 0xT",
+      "\nCThread::Kill: Try to join a joinable Thread = 0xT",
+      "\nCThread::Kill: a joinable Thread = 0xT has terminated, pstat=(nil)",
+  };
+  EXPECT_EQ(told, expected);
+}
+
+TEST_F(Threads, StartReportsTheStepThatFailed) {
+  const struct {
+    const char* function;
+    int prio;
+    const char* told;
+  } rows[] = {
+      {"pthread_attr_init", 0, "\npthread_attr_init failed: 12"},
+      {"pthread_attr_setdetachstate", 0, "\npthread_attr_setdetachstate failed: 12"},
+      {"pthread_attr_setschedpolicy", 63, "\npthread_attr_setschedpolicy failed: 12"},
+      {"pthread_attr_getschedparam", 63, "\npthread_attr_getschedparam failed: 12"},
+      {"", 100, "\npthread_attr_setschedparam failed: error=22 priority=100"},
+      {"pthread_create", 63, "\npthread_create failed: 12"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.told);
+    const ThreadFault fault(row.function, 12);
+    EXPECT_FALSE(thread_.Start(&Nothing, nullptr, row.prio, false, 0, false));
+    EXPECT_EQ(thread_.Id(), 0U);
+    EXPECT_EQ(Told(0).back(), row.told);
+  }
+  const ThreadFault fault("pthread_attr_setschedpolicy", 12);
+  EXPECT_TRUE(thread_.Start(&Nothing, nullptr, 0, false, 0, true)) << "priority 0 sets no policy";
+  EXPECT_TRUE(thread_.Kill());
+}
+
+TEST_F(Threads, ACancelThatFailsClearsTheThread) {
+  ASSERT_TRUE(thread_.Start(&WaitFor, &event_, 0, false, 0, false));
+  UntilWaitedOn(event_);
+  const pthread_t id = thread_.Id();
+  {
+    const ThreadFault fault("pthread_cancel", 3);
+    EXPECT_FALSE(thread_.Kill());
+  }
+  EXPECT_EQ(thread_.Id(), 0U);
+  EXPECT_EQ(Told(id).back(),
+            "\nCThread::Kill: unable to cancel a non-joinable thread 0xT (err = 0x00000003)");
+  event_.Set();
+  while (!event_.SetAttributes(true, true)) std::this_thread::yield();
+}
+
+TEST_F(Threads, ASecondStartForgetsOrKillsTheFirst) {
+  ASSERT_TRUE(thread_.Start(&WaitFor, &event_, 0, false, 0, false));
+  UntilWaitedOn(event_);
+  const pthread_t first = thread_.Id();
+  EventHandle second;
+  second.Create(false, true);
+  ASSERT_TRUE(thread_.Start(&WaitFor, &second, 0, false, 0, false));
+  EXPECT_NE(thread_.Id(), first);
+  EXPECT_FALSE(event_.SetAttributes(false, true)) << "the first thread must go on";
+  UntilWaitedOn(second);
+  thread_.SetKillAliveThread(true);
+  ASSERT_TRUE(thread_.Start(&Nothing, nullptr, 0, false, 0, true));
+  while (!second.SetAttributes(false, true)) std::this_thread::yield();
+  EXPECT_FALSE(event_.SetAttributes(false, true)) << "the forgotten thread must go on";
+  EXPECT_TRUE(thread_.Kill());
+  event_.Set();
+  while (!event_.SetAttributes(true, true)) std::this_thread::yield();
+}
+
+}  // namespace
+}  // namespace emstatus::test
