@@ -2,8 +2,10 @@
 
 #include <emstatus/CommandValue.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <limits>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -49,10 +51,12 @@ class OwnedValue : public CommandValue {
   /// A copy of `text`, which may hold zero bytes; a zero byte that does not count follows it.
   static OwnedValue Text(std::string_view text);
   /// Refers to `text`, which must outlive every holder of the value; nullptr counts as "".
-  static OwnedValue Constant(const char* text) noexcept {
-    if (text == nullptr) text = "";
+  static OwnedValue Constant(const char* text) noexcept { return Reference(text != nullptr ? text : ""); }
+  /// The same for a text of known length; what lies beyond 2^32 - 1 bytes is left out.
+  static OwnedValue Reference(std::string_view text) noexcept {
+    constexpr std::size_t kLongest = std::numeric_limits<std::uint32_t>::max();
     CommandValue value{};
-    value.string = {text, static_cast<std::uint32_t>(std::strlen(text))};
+    value.string = {text.data(), static_cast<std::uint32_t>(std::min(text.size(), kLongest))};
     value.tag = tag::kConstantString;
     return Adopt(value);
   }

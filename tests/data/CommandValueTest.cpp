@@ -29,6 +29,11 @@ TEST(CommandValue, IntegersCarryTheWidthsThatHoldThem) {
   EXPECT_EQ(OwnedValue::UInt32(0xFFFFFFFF).tag, 0x3A06u);
   EXPECT_EQ(OwnedValue::Constant("a").tag, 0x100005u);
   EXPECT_EQ(OwnedValue::Text("a").tag, 0x300005u);
+  const std::string_view text("abc");
+  const OwnedValue reference = OwnedValue::Reference(text.substr(0, 2));
+  EXPECT_EQ(reference.tag, 0x100005u);
+  EXPECT_EQ(TextOf(reference), "ab");
+  EXPECT_EQ(TextOf(reference).data(), text.data());
 }
 
 TEST(CommandValue, StorageStartsWithSixteenEntriesAndDoubles) {
