@@ -2,6 +2,7 @@
 
 #include <poll.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -86,6 +87,7 @@ Report RunningHost::MakeReport(std::uint32_t led) {
   }
   Report report;
   report.root = ReadStatusTree(*text);
+  DropAbsent(report.root);
   AttachObjects(report.root, *machine_, ModuleSession::kServerCabinet);
   report.systemStatus = session_->SystemStatus().value_or(0);
   report.led = led;

@@ -66,6 +66,11 @@ void AttachObjects(StatusNode& node, const Machine& machine, std::uint32_t ownCa
   }
 }
 
+void DropAbsent(StatusNode& root) {
+  std::erase_if(root.children,
+                [](const StatusNode& node) { return node.children.empty() && node.status == 0; });
+}
+
 std::string NodeName(const StatusNode& node) {
   if (node.object && !node.object->reading.name.empty() && IsNumberOnly(node)) {
     return CleanUtf8(node.object->reading.name);

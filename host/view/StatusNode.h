@@ -32,6 +32,9 @@ StatusNode ReadStatusTree(std::string_view text);
 /// Finds the object of each node that has one. [any thread]
 void AttachObjects(StatusNode& node, const Machine& machine, std::uint32_t ownCabinet);
 
+/// Takes away the subsystems of which this machine has no part at all.
+void DropAbsent(StatusNode& root);
+
 /// What to call the node: its designation, or the object's name where the module only knows a number.
 std::string NodeName(const StatusNode& node);
 

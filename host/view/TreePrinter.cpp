@@ -56,8 +56,14 @@ std::size_t Width(const std::vector<Line>& lines, std::string Line::*column) {
   return width;
 }
 
+struct Widths {
+  std::size_t name;
+  std::size_t word;
+  std::size_t reading;
+};
+
 std::string Padded(const std::string& shown, std::size_t columns, std::size_t width) {
-  return shown + std::string(width - columns, ' ');
+  return width == 0 ? std::string() : shown + std::string(width - columns + kGap, ' ');
 }
 
 std::string TrimmedEnd(std::string text) {
@@ -65,22 +71,21 @@ std::string TrimmedEnd(std::string text) {
   return text;
 }
 
+std::string LineText(const Line& line, const Widths& widths, bool colours) {
+  return TrimmedEnd(Padded(line.name, ColumnsOf(line.name), widths.name) +
+                    Padded(InColour(line.word, line.status, colours), ColumnsOf(line.word), widths.word) +
+                    Padded(line.reading, ColumnsOf(line.reading), widths.reading) + line.remark);
+}
+
 }  // namespace
 
 std::string TreeText(const Report& report, const StatusWords& words, bool colours) {
   std::vector<Line> lines;
   Collect(report.root, 0, words, lines);
-  const std::size_t nameWidth = Width(lines, &Line::name);
-  const std::size_t wordWidth = Width(lines, &Line::word);
-  const std::size_t readingWidth = Width(lines, &Line::reading);
-  const std::string gap(kGap, ' ');
+  const Widths widths{Width(lines, &Line::name), Width(lines, &Line::word), Width(lines, &Line::reading)};
   std::string text;
   for (const Line& line : lines) {
-    const std::string coloured = InColour(line.word, line.status, colours);
-    text += TrimmedEnd(Padded(line.name, ColumnsOf(line.name), nameWidth) + gap +
-                       Padded(coloured, ColumnsOf(line.word), wordWidth) + gap +
-                       Padded(line.reading, ColumnsOf(line.reading), readingWidth) + gap + line.remark) +
-            "\n";
+    text += LineText(line, widths, colours) + "\n";
   }
   const std::uint32_t led = report.led & ~kLedCustomerServiceable;
   text += "\nSystem status: " + InColour(words.Of(report.systemStatus), report.systemStatus, colours) + "\n";

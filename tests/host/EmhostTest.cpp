@@ -1,0 +1,182 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/support/TemporaryDirectory.h"
+
+namespace emstatus::test {
+namespace {
+
+/// The program as people run it, with its standard output and error in one pipe.
+class Process {
+ public:
+  explicit Process(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), EMHOST_PROGRAM);
+    std::array<int, 2> pipe{};
+    EXPECT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0);
+    id_ = fork();
+    if (id_ == 0) {
+      std::vector<char*> raw;
+      for (std::string& argument : arguments) {
+        raw.push_back(argument.data());
+      }
+      raw.push_back(nullptr);
+      dup2(pipe[1], STDOUT_FILENO);
+      dup2(pipe[1], STDERR_FILENO);
+      execv(raw[0], raw.data());
+      _exit(127);
+    }
+    close(pipe[1]);
+    output_ = pipe[0];
+  }
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+  ~Process() {
+    close(output_);
+    if (!ended_) {
+      kill(id_, SIGKILL);
+      waitpid(id_, nullptr, 0);
+    }
+  }
+
+  /// Reads until `text` has been written or the program has ended.
+  bool WaitFor(const std::string& text) {
+    std::array<char, 4096> bytes{};
+    while (written_.find(text) == std::string::npos) {
+      const ssize_t count = read(output_, bytes.data(), bytes.size());
+      if (count <= 0) {
+        return false;
+      }
+      written_.append(bytes.data(), std::size_t(count));
+    }
+    return true;
+  }
+  void Signal(int number) { kill(id_, number); }
+  int ExitCode() {
+    while (WaitFor(std::string("\0never", 6))) {
+    }
+    int status = 0;
+    waitpid(id_, &status, 0);
+    ended_ = true;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  const std::string& Written() const { return written_; }
+
+ private:
+  pid_t id_ = -1;
+  int output_ = -1;
+  bool ended_ = false;
+  std::string written_;
+};
+
+class EmhostTest : public testing::Test {
+ protected:
+  EmhostTest() { folder_.Write("etc/EM_STATUS.ini", "[StatusMapping]\nFine=1\n"); }
+
+  std::vector<std::string> Arguments(const std::string& objects, std::vector<std::string> more,
+                                     const std::string& time = "") {
+    const std::string scenario =
+        folder_.Write("s.json", R"({"format": 1, "name": "t", )" + time + R"("objects": [)" + objects + "]}");
+    std::vector<std::string> arguments{"run",
+                                       "--module",
+                                       FAKE_MODULE,
+                                       "--config",
+                                       folder_.File("etc"),
+                                       "--provider",
+                                       "scenario:" + scenario};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+  }
+
+  TemporaryDirectory folder_;
+};
+
+TEST_F(EmhostTest, OnceShowsTheTreeAndExitsByTheStatus) {
+  const struct {
+    const char* objects;
+    int code;
+    const char* line;
+  } rows[] = {
+      {R"({"class": "temperature", "name": "Inlet", "unit": "°C", "value": 23})", 0,
+       "      Inlet     Fine  23 °C\n"},
+      {R"({"class": "temperature", "name": "a"}, {"class": "temperature", "name": "b", "condition": "warning",
+          "reason": "warm"})",
+       1, "      b         Warning  warm\n"},
+      {R"({"class": "temperature", "name": "a", "condition": "critical", "reason": "hot"})", 2,
+       "Error  hot"},
+      {"", 3, "System status: NoStatus"},
+      {R"({"class": "temperature", "name": "a", "answers": [{"to": "state", "data": "warm"}]})", 3,
+       "NoStatus"},
+  };
+  for (const auto& row : rows) {
+    Process emhost(Arguments(row.objects, {"--once"}));
+    EXPECT_EQ(emhost.ExitCode(), row.code) << emhost.Written();
+    EXPECT_NE(emhost.Written().find(row.line), std::string::npos) << emhost.Written();
+  }
+}
+
+TEST_F(EmhostTest, OnceAsJson) {
+  Process emhost(
+      Arguments(R"({"class": "temperature", "name": "Inlet", "value": 23})", {"--once", "--json"}));
+  EXPECT_EQ(emhost.ExitCode(), 0);
+  const auto json = nlohmann::json::parse(emhost.Written());
+  EXPECT_EQ(json["Tree"]["Children"][0]["Children"][0]["Children"][0]["Object"]["Value"], 23.0);
+}
+
+TEST_F(EmhostTest, RunShowsEventsAndStopsOnASignal) {
+  const std::string story = R"({"class": "temperature", "name": "CPU", "story": [{"at": 1},
+    {"at": 2, "condition": "critical", "reason": "95 degrees"}]})";
+  for (const int signal : {SIGINT, SIGTERM}) {
+    Process emhost(Arguments(story, {}, R"("rescanSeconds": 0.05, )"));
+    ASSERT_TRUE(emhost.WaitFor("Sensors, CPU: Fine -> Error  (95 degrees)\n")) << emhost.Written();
+    EXPECT_TRUE(emhost.WaitFor("System: Fine -> Error\n")) << emhost.Written();
+    EXPECT_TRUE(emhost.WaitFor("Error LED: Fine -> Error\n")) << emhost.Written();
+    emhost.Signal(signal);
+    EXPECT_EQ(emhost.ExitCode(), 0) << emhost.Written();
+  }
+}
+
+TEST_F(EmhostTest, StopsAtOnceWhileAnAnswerIsAwaited) {
+  Process emhost(Arguments(R"({"class": "temperature", "name": "a", "story": [{"at": 1},
+    {"at": 2, "answers": [{"delaySeconds": 600}]}]})",
+                           {}, R"("rescanSeconds": 0.05, )"));
+  ASSERT_TRUE(emhost.WaitFor("Error LED:")) << emhost.Written();
+  const auto begin = std::chrono::steady_clock::now();
+  emhost.Signal(SIGTERM);
+  EXPECT_EQ(emhost.ExitCode(), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4)) << "the time-out is 5 seconds";
+}
+
+TEST_F(EmhostTest, SaysWhatIsWrong) {
+  const std::string scenario = "scenario:" + folder_.Write("bad.json", "{}");
+  const std::string etc = folder_.File("etc");
+  const struct {
+    std::vector<std::string> arguments;
+    const char* message;
+  } rows[] = {
+      {{"run", "--once", "--module", "/no/such.so", "--config", etc, "--provider", "linux"},
+       "the module /no/such.so cannot be loaded"},
+      {{"run", "--once", "--module", "/bin/true", "--config", etc}, "/bin/true"},
+      {{"run", "--once", "--module", FAKE_MODULE, "--config", "/no/such"},
+       "there is no EM_STATUS.ini in /no/such"},
+      {{"run", "--once", "--module", FAKE_MODULE, "--config", etc, "--provider", scenario},
+       "bad.json: /: expected a member \"format\""},
+      {{"run", "--provider", "windows"}, "expected linux or scenario:FILE"},
+      {{"walk"}, "subcommand"},
+  };
+  for (const auto& row : rows) {
+    Process emhost(row.arguments);
+    EXPECT_EQ(emhost.ExitCode(), 3) << emhost.Written();
+    EXPECT_NE(emhost.Written().find(row.message), std::string::npos) << emhost.Written();
+  }
+}
+
+}  // namespace
+}  // namespace emstatus::test
