@@ -20,7 +20,8 @@ std::size_t FormatSystemLogMessage(char (&buffer)[kSystemLogMessageSize], const 
   buffer[0] = '\0';
   if (format == nullptr) return 0;
   if (std::vsnprintf(buffer, sizeof buffer, SkipLeadingLineFeeds(format), arguments) < 0) {
-    std::strcpy(buffer, "ERROR: cann't format message");
+    constexpr char kReplacement[] = "ERROR: cann't format message";
+    std::memcpy(buffer, kReplacement, sizeof kReplacement);
   }
   return std::strlen(buffer);
 }

@@ -21,8 +21,10 @@ namespace fs = std::filesystem;
 using Pids = std::vector<pid_t>;
 
 std::string StatusText(const std::string& name, const std::string& rest = "") {
-  return "Name:\t" + name +
-         "\nUmask:\t0022\nState:\tS (sleeping)\nTgid:\t7\nPid:\t7\nPPid:\t1\nUid:\t1000\t0\t0\t0\n" + rest;
+  return std::string("\nName:\t")
+      .append(name)
+      .append("\nUmask:\t0022\nState:\tS (sleeping)\nTgid:\t7\nPid:\t7\nPPid:\t1\nUid:\t1000\t0\t0\t0\n")
+      .append(rest);
 }
 
 TEST(ProcessStatus, ReadsTheKernelsText) {
@@ -40,8 +42,8 @@ TEST(ProcessStatus, ReadsTheKernelsText) {
   EXPECT_EQ(ParseProcessStatus(StatusText(""))->name, "");
 
   for (const char* line : {"\nName:", "\nState:", "\nPid:", "\nPPid:", "\nUid:"}) {
-    std::string text = std::string("\n").append(StatusText("x"));
-    text.replace(text.find(line) + 1, 1, "#");
+    std::string text = StatusText("x");
+    text[text.find(line) + 1] = '#';
     EXPECT_FALSE(ParseProcessStatus(text)) << text;
   }
   EXPECT_FALSE(ParseProcessStatus("Name:\tx\nState:\tS\nPid:\tx\nPPid:\t1\nUid:\t0\t0\n"));
