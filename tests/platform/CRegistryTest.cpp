@@ -101,6 +101,7 @@ TEST(CRegistry, SetsUpOnceUnlessForced) {
   CRegistry registry(directory.Path().string());
   EXPECT_EQ(TextOf(registry, "", "v"), "1");
   registry.SetValue(HKEY_LOCAL_MACHINE, "v", RegistryValue::String("changed"));
+  registry.SetValue(HKEY_LOCAL_MACHINE, "unsaved", RegistryValue::String("x"));
   directory.Write("registry", "[HKEY_LOCAL_MACHINE]\nv=s=2\n");
   const TraceLevel level(2);
   Trace().Take();
@@ -109,6 +110,7 @@ TEST(CRegistry, SetsUpOnceUnlessForced) {
   EXPECT_EQ(TextOf(registry, "", "v"), "changed");
   EXPECT_TRUE(registry.SetupTree(true));
   EXPECT_EQ(TextOf(registry, "", "v"), "2");
+  EXPECT_EQ(TextOf(registry, "", "unsaved"), "<none>");
   directory.Write("registry", "");
   EXPECT_FALSE(registry.SetupTree(true));
   EXPECT_EQ(TextOf(registry, "", "v"), "2") << "a failed restore keeps the tree";
