@@ -19,6 +19,11 @@ int main(int argc, char** argv) {
   CLI::App program("emhost: shows the health of this machine through an extension module", "emhost");
   program.set_version_flag("--version", "emhost " EMHOST_VERSION);
   program.require_subcommand(1);
+  program.footer(
+      "Examples:\n"
+      "  emhost run --once                                          this machine, once\n"
+      "  emhost run                                                 this machine, until Ctrl-C\n"
+      "  emhost run --provider scenario:examples/server.json        a server that is played");
   std::vector<std::pair<CLI::App*, std::function<int()>>> commands;
   for (const auto& row : emstatus::host::Subcommands()) {
     CLI::App* command = program.add_subcommand(row.name, row.description);

@@ -9,12 +9,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kLibrary = "/libEM_STATUS.so";
-constexpr const char* kConfiguration = "/EM_STATUS.ini";
+constexpr const char* kLibrary = "libEM_STATUS.so";
+constexpr const char* kConfiguration = "EM_STATUS.ini";
+
+std::string Below(const std::string& folder, const char* rest) {
+  return (fs::path(folder) / rest).lexically_normal().string();
+}
 
 bool HasConfiguration(const std::string& folder) {
   std::error_code ignored;
-  return fs::exists(folder + kConfiguration, ignored);
+  return fs::exists(fs::path(folder) / kConfiguration, ignored);
 }
 
 }  // namespace
@@ -27,9 +31,10 @@ std::string ProgramFolder() {
 
 std::vector<std::string> ModuleCandidates(const std::string& programFolder) {
   return {
-      programFolder + kLibrary,
-      programFolder + "/../module" + kLibrary,
-      std::string(EMHOST_LIBRARY_FOLDER) + kLibrary,
+      Below(programFolder, kLibrary),
+      // A build tree.
+      Below(programFolder + "/../module", kLibrary),
+      Below(EMHOST_LIBRARY_FOLDER, kLibrary),
   };
 }
 

@@ -23,23 +23,27 @@ void AddHostOptions(CLI::App& command, HostOptions& options) {
                   "The folder of EM_STATUS.ini (default: etc beside emhost)")
       ->type_name("DIR");
   command.add_option("--provider", options.provider, "Where readings come from")
-      ->check(CLI::Validator(CheckProvider, "linux|scenario:FILE"))
-      ->type_name("")
+      ->check(CLI::Validator(CheckProvider, ""))
+      ->type_name("linux|scenario:FILE")
       ->capture_default_str();
   command
       .add_option("--trace", options.traceLevel, "The module's trace level; the trace goes to standard error")
-      ->check(CLI::Range(0, kHighestTraceLevel))
+      ->check(CLI::Range(0, kHighestTraceLevel).description(""))
       ->type_name("LEVEL");
   command
       .add_option("--filesystem", options.linux.filesystems,
                   "Also read the filesystem that is mounted here, though it is on the network or no disk")
-      ->type_name("DIR");
+      ->type_name("DIR")
+      ->allow_extra_args(false);
   command.add_option("--link", options.linux.requiredLinks, "A network link that must be up")
-      ->type_name("NAME");
+      ->type_name("NAME")
+      ->allow_extra_args(false);
   command.add_option("--process", options.linux.requiredProcesses, "A program that must run")
-      ->type_name("NAME");
+      ->type_name("NAME")
+      ->allow_extra_args(false);
   command.add_option("--unit", options.linux.requiredUnits, "A systemd unit that must be active")
-      ->type_name("NAME");
+      ->type_name("NAME")
+      ->allow_extra_args(false);
   command
       .add_option("--state", options.linux.stateFolder, "The folder in which counters are kept over restarts")
       ->type_name("DIR");

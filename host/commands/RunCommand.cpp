@@ -131,7 +131,7 @@ std::function<int()> SetUpRunCommand(CLI::App& command) {
                    "Show the tree after the first scan; exit 0 all good, 1 warning, 2 error, 3 no status");
   command.add_flag("--json", options->json, "For programs: the tree, and each event as a line, as JSON");
   command.add_option("--limit", options->limit, "Seconds to wait for the scan of --once")
-      ->check(CLI::Range(1, 3600))
+      ->check(CLI::Range(1, 3600).description(""))
       ->type_name("SECONDS")
       ->capture_default_str();
   return [options] {

@@ -48,8 +48,8 @@ class Machine {
   /// Reads again as soon as possible. [any thread]
   virtual void Refresh() = 0;
 
-  /// The module has finished a scan. [any thread]
-  virtual void OnScanEnd() = 0;
+  /// The module begins a scan. [any thread]
+  virtual void OnScanBegin() = 0;
 
   /// Ends all reading; questions that are still waiting fail at once. [main thread]
   virtual void Stop() = 0;

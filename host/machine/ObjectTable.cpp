@@ -31,7 +31,7 @@ void MakeLate(Reading& reading, std::chrono::milliseconds age) {
 
 std::size_t ObjectTable::AddProvider(std::string name, std::chrono::milliseconds lateAfter) {
   const std::lock_guard guard(lock_);
-  providers_.push_back({std::move(name), lateAfter, std::nullopt, std::chrono::milliseconds(0), {}});
+  providers_.push_back({std::move(name), lateAfter, std::nullopt, {}});
   return providers_.size() - 1;
 }
 
@@ -52,7 +52,6 @@ bool ObjectTable::Update(std::size_t provider, std::vector<Reading> readings, Cl
   changed |= !row.failure.empty();
   row.failure.clear();
   row.finished = finished;
-  row.took = Milliseconds(finished - takenAt);
   readOnce_.notify_all();
   return changed;
 }
@@ -191,15 +190,12 @@ ObjectView ObjectTable::ProviderView(std::size_t provider, Clock::time_point now
   }
   view.age = Milliseconds(now - *row.finished);
   reading.quality = Quality::Good;
-  reading.measurement = Measurement{double(row.took.count()) / 1000.0, Unit::Second, {}};
   if (!row.failure.empty()) {
     reading.quality = Quality::SensorFault;
-    reading.measurement.reset();
     reading.reason = row.failure;
   }
   if (view.age > row.lateAfter) {
     reading.quality = Quality::Late;
-    reading.measurement.reset();
     reading.reason = "not finished for " + SecondsText(view.age);
   }
   return view;

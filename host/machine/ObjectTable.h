@@ -60,7 +60,6 @@ class ObjectTable {
     std::string name;
     std::chrono::milliseconds lateAfter{0};
     std::optional<Clock::time_point> finished;
-    std::chrono::milliseconds took{0};
     std::string failure;
   };
   using ClassKey = std::pair<ObjectClass, std::uint32_t>;

@@ -21,7 +21,7 @@ class ProviderMachine final : public NumberedMachine {
   void Start(std::function<void()> changed) override;
   bool WaitUntilRead(std::chrono::milliseconds limit) override;
   void Refresh() override;
-  void OnScanEnd() override {}
+  void OnScanBegin() override {}
   void Stop() override;
 
  protected:

@@ -70,14 +70,14 @@ void ScenarioMachine::Stop() {
   }
 }
 
-void ScenarioMachine::OnScanEnd() {
+void ScenarioMachine::OnScanBegin() {
   ++scan_;
   AdvanceLatches();
 }
 
 std::uint64_t ScenarioMachine::Moment() const {
   const std::uint64_t first = scenario_.bySeconds ? 0 : 1;
-  std::uint64_t moment = scan_;
+  std::uint64_t moment = std::max<std::uint64_t>(scan_, first);
   if (scenario_.bySeconds) {
     const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(now_() - start_);
     moment = std::uint64_t(std::max<std::int64_t>(passed.count(), 0));

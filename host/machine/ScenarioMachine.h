@@ -30,7 +30,7 @@ class ScenarioMachine final : public NumberedMachine {
   bool WaitUntilRead(std::chrono::milliseconds) override { return true; }
   Answer Ask(const Request& request, std::chrono::milliseconds timeout) override;
   void Refresh() override {}
-  void OnScanEnd() override;
+  void OnScanBegin() override;
   void Stop() override;
 
  protected:
@@ -70,7 +70,8 @@ class ScenarioMachine final : public NumberedMachine {
   const Clock::time_point start_;
   std::vector<Player> players_;
   // Own lock
-  std::atomic<std::uint64_t> scan_{1};
+  /// The scan that is going on, or the last one: what is shown between scans is what it saw.
+  std::atomic<std::uint64_t> scan_{0};
   std::unique_ptr<Worker> rescanner_;
   mutable std::mutex latchLock_;
   std::mutex laneLock_;

@@ -36,6 +36,8 @@ bool Host::SendRequest(CIExtensionModule*, HostCommand& command, std::uint32_t t
 Answer Host::Dispatch(const Request& request, std::chrono::milliseconds timeout) {
   switch (ScanCommand(request.code)) {
     case ScanCommand::SignalCount:
+      // The first step of each scan.
+      machine_.OnScanBegin();
       return Answer::Of(kSignalCount);
     case ScanCommand::SignalPurpose:
       return request.object == kErrorLed ? Answer::Of(kPurposeErrorLed)
@@ -55,7 +57,6 @@ Answer Host::SetSignal(const Request& request) {
   if (request.object != kErrorLed || !value) {
     return Answer::Refusal(AnswerStatus::NotFound);
   }
-  machine_.OnScanEnd();
   Notice notice;
   notice.kind = Notice::Kind::ScanEnd;
   notice.led = *value & 0xFF;

@@ -107,6 +107,7 @@ class FakeModule final : public CIExtensionModule {
   }
 
   void Scan() {
+    Ask(0x1030, 0, 0);
     const auto count = NumberOf(Ask(kTemperature, 1, 0).data).value_or(0);
     std::uint32_t worst = 0;
     json children = json::array();

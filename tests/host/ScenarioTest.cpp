@@ -87,9 +87,10 @@ TEST(ScenarioMachine, StoryGoesOnWithTheScans) {
     "story": [{"at": 1, "value": 900}, {"at": 3, "value": 0}, {"at": 4, "quality": "lost", "reason": "gone"}]})",
                          R"("repeatAfter": 4, )");
   for (const std::uint32_t state : {0, 0, 2, 14, 0, 0, 2}) {
+    machine.OnScanBegin();
     EXPECT_EQ(Ask(machine, 0x0102, Question::State), Answer::Of(state));
-    machine.OnScanEnd();
   }
+  machine.OnScanBegin();
   EXPECT_EQ(Ask(machine, 0x0102, Question::Reason), Answer::Of("gone"));
 }
 
@@ -145,8 +146,9 @@ TEST(ScenarioMachine, GroupCountsTheMembersThatWork) {
      "condition": "critical", "reason": "stopped"},
     {"class": "fan", "name": "c", "redundancy": {"group": "g", "members": 3, "needed": 2},
      "story": [{"at": 1, "condition": "warning", "reason": "slow"}, {"at": 2, "quality": "late", "reason": "?"}]})");
+  machine.OnScanBegin();
   EXPECT_EQ(Ask(machine, 0x0102, Question::Redundancy), Answer::Of(std::uint32_t(RedundancyState::Reduced)));
-  machine.OnScanEnd();
+  machine.OnScanBegin();
   EXPECT_EQ(Ask(machine, 0x0102, Question::Redundancy),
             Answer::Of(std::uint32_t(RedundancyState::Insufficient)));
 }
@@ -155,11 +157,12 @@ TEST(ScenarioMachine, LatchedStateStaysUntilItIsConfirmed) {
   auto machine = Machine(R"({"class": "intrusion", "name": "lid",
     "story": [{"at": 1}, {"at": 2, "condition": "critical", "reason": "open", "latched": true}, {"at": 3}]})");
   const auto state = [&] { return *Ask(machine, 0x0107, Question::State).data; };
+  machine.OnScanBegin();
   EXPECT_EQ(state(), 0);
-  machine.OnScanEnd();
+  machine.OnScanBegin();
   EXPECT_EQ(state(), 2);
   EXPECT_EQ(Ask(machine, 0x0107, Question::Confirm).status, 6U) << "it is still open";
-  machine.OnScanEnd();
+  machine.OnScanBegin();
   EXPECT_EQ(state(), 2);
   EXPECT_EQ(Ask(machine, 0x0107, Question::Confirm), Answer::Of(1));
   EXPECT_EQ(state(), 0);
