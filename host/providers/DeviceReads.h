@@ -56,6 +56,9 @@ class DeviceReads {
     return answers_;
   }
 
+  /// What is known from the last Read; asks nothing.
+  const std::map<std::string, DeviceAnswer<Sample>>& Last() const { return answers_; }
+
  private:
   struct Slot {
     Clock::time_point askedAt{};

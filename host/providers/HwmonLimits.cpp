@@ -58,7 +58,7 @@ void DropUnset(std::vector<HwmonLimit>& limits, std::string_view lower, std::str
     }
   } else if (low == nullptr && high != nullptr && *high->value == 0) {
     high->value.reset();
-  } else if (high == nullptr && low != nullptr && *low->value == 0) {
+  } else if (!keepUpper && high == nullptr && low != nullptr && *low->value == 0) {
     low->value.reset();
   }
 }

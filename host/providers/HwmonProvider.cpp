@@ -53,8 +53,14 @@ std::string_view HwmonProvider::Name() const {
 }
 
 std::vector<Reading> HwmonProvider::Read(const ReadContext& context) {
-  Rescan(context.now);
-  const auto& answers = reads_.Read(Takes(context.now), context.now);
+  // Somebody in a hurry does not make the drives answer more often.
+  const bool isNew = Rescan(context.now);
+  const bool isDue =
+      kind_ == HwmonKind::Board || isNew || !askedAt_ || context.now - *askedAt_ >= Interval() / 2;
+  if (isDue) {
+    askedAt_ = context.now;
+  }
+  const auto& answers = isDue ? reads_.Read(Takes(context.now), context.now) : reads_.Last();
   std::vector<Reading> readings;
   for (auto& [id, chip] : chips_) {
     std::ranges::move(Tell(chip, answers.at(id), context.now), std::back_inserter(readings));
@@ -62,15 +68,16 @@ std::vector<Reading> HwmonProvider::Read(const ReadContext& context) {
   return readings;
 }
 
-void HwmonProvider::Rescan(Clock::time_point now) {
+bool HwmonProvider::Rescan(Clock::time_point now) {
   std::vector<std::string> names = files_->List("/sys/class/hwmon").value;
   const bool isDue = !scannedAt_ || now - *scannedAt_ >= kRescan;
   if (!isDue && names == classNames_) {
-    return;
+    return false;
   }
   // Disks are always linked from the class.
   const bool search = kind_ == HwmonKind::Board && (!searchedAt_ || now - *searchedAt_ >= kSearch);
   std::map<std::string, Chip> chips;
+  bool isNew = false;
   for (HwmonChip& found : scan_.Run(search)) {
     if (found.kind == kind_) {
       const std::string id = found.id;
@@ -78,6 +85,7 @@ void HwmonProvider::Rescan(Clock::time_point now) {
       Chip chip = known == chips_.end() ? Chip{} : std::move(known->second);
       if (chip.found.folder != found.folder) {
         chip.settledAt.reset();
+        isNew = true;
       }
       chip.found = std::move(found);
       chips.emplace(id, std::move(chip));
@@ -87,6 +95,7 @@ void HwmonProvider::Rescan(Clock::time_point now) {
   classNames_ = std::move(names);
   scannedAt_ = now;
   searchedAt_ = search ? now : searchedAt_;
+  return isNew;
 }
 
 std::map<std::string, DeviceReads<HwmonProvider::Sample>::Take> HwmonProvider::Takes(

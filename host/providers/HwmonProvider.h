@@ -53,7 +53,8 @@ class HwmonProvider final : public Provider {
   };
 
   static Sample TakeSample(SystemFiles& files, const HwmonChip& chip, bool withSettled);
-  void Rescan(Clock::time_point now);
+  /// True when the chips may be others than before.
+  bool Rescan(Clock::time_point now);
   std::map<std::string, DeviceReads<Sample>::Take> Takes(Clock::time_point now) const;
   std::vector<Reading> Tell(Chip& chip, const DeviceAnswer<Sample>& answer, Clock::time_point now);
   std::vector<Reading> JudgeSample(Chip& chip, const Sample& sample, Clock::time_point takenAt);
@@ -67,6 +68,7 @@ class HwmonProvider final : public Provider {
   DeviceReads<Sample> reads_;
   std::map<std::string, Chip> chips_;
   std::vector<std::string> classNames_;
+  std::optional<Clock::time_point> askedAt_;
   std::optional<Clock::time_point> scannedAt_;
   std::optional<Clock::time_point> searchedAt_;
 };

@@ -1,6 +1,7 @@
 #include "host/providers/KernelText.h"
 
 #include <charconv>
+#include <cmath>
 
 namespace emstatus::host {
 namespace {
@@ -55,7 +56,7 @@ std::optional<double> ParseDecimal(std::string_view text) {
   double number = 0;
   const auto [end, error] =
       std::from_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed);
-  if (error != std::errc{} || end != digits.data() + digits.size()) {
+  if (error != std::errc{} || end != digits.data() + digits.size() || !std::isfinite(number)) {
     return std::nullopt;
   }
   return number;

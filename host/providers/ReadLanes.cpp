@@ -21,14 +21,16 @@ struct ReadLanes::Shared {
   FilesFactory makeFiles;
 
   std::mutex lock;
-  std::condition_variable work;
   /// A job was begun or has ended, or a thread has.
   std::condition_variable progress;
   // All guarded by lock
   std::deque<std::pair<std::string, Job>> queue;
   std::map<std::string, Clock::time_point> running;
+  /// Left by the threads that have ended, with their open descriptors.
+  std::vector<std::unique_ptr<SystemFiles>> freeFiles;
   std::size_t threads = 0;
-  std::size_t idle = 0;
+  /// Threads that have not looked for a job yet.
+  std::size_t starting = 0;
   bool ending = false;
 };
 
@@ -41,7 +43,6 @@ ReadLanes::~ReadLanes() {
   std::unique_lock lock(shared_->lock);
   shared_->ending = true;
   shared_->queue.clear();
-  shared_->work.notify_all();
   shared_->progress.wait_for(lock, kFarewell, [this] { return shared_->threads == 0; });
 }
 
@@ -57,7 +58,6 @@ void ReadLanes::Run(std::vector<std::pair<std::string, Job>> jobs) {
       shared_->queue.push_back(std::move(job));
     }
   }
-  shared_->work.notify_one();
   for (;;) {
     const Clock::time_point now = Clock::now();
     Clock::time_point next = Clock::time_point::max();
@@ -70,7 +70,7 @@ void ReadLanes::Run(std::vector<std::pair<std::string, Job>> jobs) {
     if (nobodyElse && shared_->queue.empty()) {
       return;
     }
-    if (nobodyElse && shared_->idle == 0) {
+    if (nobodyElse && shared_->starting == 0) {
       if (shared_->threads >= kMostThreads) {
         shared_->queue.clear();
         return;
@@ -84,24 +84,25 @@ void ReadLanes::Run(std::vector<std::pair<std::string, Job>> jobs) {
 void ReadLanes::AddThread() {
   std::thread(&ReadLanes::Work, shared_).detach();
   ++shared_->threads;
-  ++shared_->idle;
+  ++shared_->starting;
 }
 
 void ReadLanes::Work(const std::shared_ptr<Shared>& shared) {
-  std::unique_ptr<SystemFiles> files = shared->makeFiles();
   std::unique_lock lock(shared->lock);
-  for (;;) {
-    shared->work.wait(lock, [&shared] { return shared->ending || !shared->queue.empty(); });
-    --shared->idle;
-    if (shared->ending) {
-      break;
-    }
+  --shared->starting;
+  std::unique_ptr<SystemFiles> files;
+  if (!shared->freeFiles.empty()) {
+    files = std::move(shared->freeFiles.back());
+    shared->freeFiles.pop_back();
+  }
+  while (!shared->ending && !shared->queue.empty()) {
     auto [key, job] = std::move(shared->queue.front());
     shared->queue.pop_front();
     shared->running.emplace(key, Clock::now());
     shared->progress.notify_all();
     lock.unlock();
     try {
+      files = files ? std::move(files) : shared->makeFiles();
       job(*files);
     } catch (const std::exception&) {
       // No sample is delivered, which shows the device as late.
@@ -110,15 +111,10 @@ void ReadLanes::Work(const std::shared_ptr<Shared>& shared) {
     lock.lock();
     shared->running.erase(key);
     shared->progress.notify_all();
-    // The thread that took over while this one hung is enough.
-    if (shared->idle > 0) {
-      break;
-    }
-    ++shared->idle;
   }
-  lock.unlock();
-  files.reset();
-  lock.lock();
+  if (files) {
+    shared->freeFiles.push_back(std::move(files));
+  }
   --shared->threads;
   shared->progress.notify_all();
 }
