@@ -95,7 +95,7 @@ void RequestHandler::NodeIsCss(Request& request) const {
 
 void RequestHandler::WholeTree(Request& request) const {
   EM_TRACE(3, "\nEM_STATUS (REQUEST) : Get complete system status tree");
-  const auto document = ExportStatusTree(tree_);
+  const auto document = ExportStatusTree(tree_, *request.scan);
   CommandValue* command = EnsureCurrentCommand(request.command);
   if (!document || command == nullptr) return;
   JsonWriter writer;

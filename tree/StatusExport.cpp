@@ -5,20 +5,16 @@
 namespace emstatus {
 namespace {
 
-OwnedValue Text(const std::string& text) {
-  return OwnedValue::Text(text);
-}
-
 void AddNodeMembers(const StatusTreeNode& node, CommandValue& object) {
-  AddMember(object, "Id", Text(node.id));
-  AddMember(object, "Desig", Text(node.designation));
+  AddMember(object, "Id", OwnedValue::Reference(node.id));
+  AddMember(object, "Desig", OwnedValue::Reference(node.designation));
   AddMember(object, "Status", OwnedValue::UInt32(node.status));
   AddMember(object, "CssStatus", OwnedValue::UInt32(node.cssStatus));
   AddMember(object, "NoCssStatus", OwnedValue::UInt32(node.nonCssStatus));
   AddMember(object, "IsCss", OwnedValue::UInt32(node.isCSS));
   EM_TRACE(3, "\nEM_STATUS (REQUEST) :   -> status = %d", node.status);
   if (node.children.empty()) AddMember(object, "ObjStatus", OwnedValue::UInt32(node.objectStatus));
-  if (!node.associationKey.empty()) AddMember(object, "Assoc", Text(node.associationKey));
+  if (!node.associationKey.empty()) AddMember(object, "Assoc", OwnedValue::Reference(node.associationKey));
 }
 
 /// Builds the node `id` into `object`. False, and nothing added, when it is missing.
@@ -44,12 +40,11 @@ bool BuildNode(StatusTree& tree, const StatusSnapshot& snapshot, const std::stri
 
 }  // namespace
 
-std::optional<OwnedValue> ExportStatusTree(StatusTree& tree) {
-  const auto snapshot = tree.Current();
+std::optional<OwnedValue> ExportStatusTree(StatusTree& tree, const StatusSnapshot& snapshot) {
   OwnedValue document = OwnedValue::Object();
   AddMember(document, "SystemStatusTree", OwnedValue::Object());
   AddMember(document, "Version", OwnedValue::UInt32(1));
-  if (!BuildNode(tree, *snapshot, kRootId, document)) return std::nullopt;
+  if (!BuildNode(tree, snapshot, kRootId, document)) return std::nullopt;
   return document;
 }
 

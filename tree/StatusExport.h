@@ -8,9 +8,9 @@
 
 namespace emstatus {
 
-/// The whole tree as one document: {"SystemStatusTree":{},"Version":1, members of the system node}. Nothing
-/// when there is no system node yet. Keys whose node is missing become empty objects, and an unfilled node
-/// is left in `tree` for each. [any thread]
-std::optional<OwnedValue> ExportStatusTree(StatusTree& tree);
+/// The whole of `snapshot` as one document: {"SystemStatusTree":{},"Version":1, members of the system node},
+/// which refers to the snapshot's texts. Nothing when there is no system node yet. A child whose node is
+/// missing becomes an empty object, and an unfilled node is left in `tree` for it. [any thread]
+std::optional<OwnedValue> ExportStatusTree(StatusTree& tree, const StatusSnapshot& snapshot);
 
 }  // namespace emstatus

@@ -92,6 +92,8 @@ class GoldenRun {
   std::vector<std::string> At(int level) {
     setenv("QX_LOG_DEBUG_LEVEL", std::to_string(level).c_str(), 1);
     debugClient.Init("EM_STATUS");
+    // The number of the server's cabinet is the process's, not the module's.
+    CExtensionModule().SetCabNr(0);
     Trace().Take();
     fs::current_path(folder_);
     ScriptedHost host(script_);
