@@ -74,6 +74,12 @@ TEST_F(Threads, ADetachedThreadIsCancelledNotJoined) {
   ASSERT_TRUE(thread_.Start(&WaitFor, &event_, 0, false, 0, false));
   UntilWaitedOn(event_);
   const pthread_t id = thread_.Id();
+  pthread_attr_t attributes;
+  ASSERT_EQ(pthread_getattr_np(id, &attributes), 0);
+  int state = -1;
+  pthread_attr_getdetachstate(&attributes, &state);
+  pthread_attr_destroy(&attributes);
+  EXPECT_EQ(state, PTHREAD_CREATE_DETACHED);
   Trace().Take();
   EXPECT_FALSE(thread_.WaitForTermination(0xFFFFFFFF));
   EXPECT_TRUE(thread_.Kill());

@@ -297,8 +297,11 @@ TEST_F(Events, TheLastHandleOutlastsItsWaiters) {
   alignas(EventHandle) std::byte memory[sizeof(EventHandle)];
   auto* const event = new (memory) EventHandle;
   event->Create(false, false, "waited on");
-  WaitingThread waiter(*event, 100);
+  WaitingThread waiter(*event, 800);
+  const auto begin = std::chrono::steady_clock::now();
   event->~EventHandle();
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(900))
+      << "looks once a second";
   EXPECT_EQ(waiter.Result(), EVENT_TIMEOUT);
   const Lines lines = Told();
   EXPECT_TRUE(Holds(lines, "deleting event E <waited on> (IsSignaled=0)\n"));

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -33,14 +34,18 @@ TEST(RecursiveLock, IsHeldUntilTheLastUnlock) {
 
 TEST(RecursiveLock, IsGivenBackByItsOwnerOnly) EM_NO_THREAD_SAFETY_ANALYSIS {
   RecursiveLock lock;
-  int value = 0;
+  std::atomic<bool> taken{false};
   lock.Lock();
-  std::jthread([&]() EM_NO_THREAD_SAFETY_ANALYSIS { lock.Unlock(); });
-  std::jthread other([&] { Increment(lock, value, 0); });
-  EXPECT_EQ(value, 0);
+  std::jthread other([&]() EM_NO_THREAD_SAFETY_ANALYSIS {
+    lock.Unlock();
+    const RecursiveGuard guard(lock);
+    taken = true;
+  });
+  for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+  EXPECT_FALSE(taken);
   lock.Unlock();
   other.join();
-  EXPECT_EQ(value, 1);
+  EXPECT_TRUE(taken);
 }
 
 TEST(RecursiveLock, LocksNothingWithoutItsMutex) {
