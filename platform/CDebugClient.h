@@ -110,8 +110,9 @@ class CDebugClient : public CDebugTraceConfig {
 };
 
 /// The library's trace client, named "EM_STATUS": built when the library is loaded, before all other objects
-/// of it, and destroyed after them. Before and after, nothing passes.
-extern CDebugClient debugClient;
+/// of it, and destroyed after them. Before and after, nothing passes. Hidden, so that testing a level needs
+/// no look-up of its address.
+extern __attribute__((visibility("hidden"))) CDebugClient debugClient;
 
 /// Writes a line of the module: nothing is evaluated while tracing is off or the level does not pass.
 #define EM_TRACE(level, ...)                                                                             \

@@ -90,7 +90,7 @@ bool CThread::Start(StartRoutine startRoutine, void* argument, std::int32_t prio
       5,
       "\nCThread::Start: Start a thread, Prio=%d, Suspend=%d, StackSize=0x%08x, Waitable=%d, KillAliveThread=%d",
       prio, suspend ? 1 : 0, stackSize, waitable ? 1 : 0, killAliveThread_ ? 1 : 0);
-  if (killAliveThread_) Kill();
+  if (killAliveThread_ && thread_ != 0) Kill();
   waitable_ = waitable;
   Attributes attributes;
   if (attributes.Error() != 0) {
