@@ -40,8 +40,12 @@ std::vector<std::string> ModuleCandidates(const std::string& programFolder) {
 
 std::vector<std::string> ConfigurationCandidates(const std::string& programFolder) {
   return {
-      programFolder + "/etc",          programFolder + "/../etc",   programFolder + "/../../etc",
-      programFolder + "/../../../etc", EMHOST_CONFIGURATION_FOLDER,
+      Below(programFolder, "etc"),
+      Below(programFolder, "../etc"),
+      // A build tree below the source tree.
+      Below(programFolder, "../../etc"),
+      Below(programFolder, "../../../etc"),
+      EMHOST_CONFIGURATION_FOLDER,
   };
 }
 

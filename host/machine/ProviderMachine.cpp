@@ -110,8 +110,11 @@ Answer ProviderMachine::Confirm(ObjectClass objectClass, std::uint32_t cabinet,
         Until(deadline));
     if (answer && answer->data == true) {
       ++cleared;
-      worker.Hurry();
     }
+  }
+  // Not before all are asked: a read would make the rest wait.
+  if (cleared != 0) {
+    Refresh();
   }
   return cleared == 0 ? Answer::Refusal(AnswerStatus::Failed) : Answer::Of(cleared);
 }
