@@ -15,15 +15,17 @@ class NoSink final : public emstatus::TraceSink {
 extern "C" {
 #ifdef EM_DEBUG_IS_A_NUMBER
 __attribute__((visibility("default"))) int Debug = 5;
+#define EM_CASE TakesTheNextObjectWhenTheFirstIsANumber
 #else
 __attribute__((visibility("default"))) NoSink Debug;
+#define EM_CASE TakesTheNextObjectWhenTheFirstDenies
 #endif
 }
 
 namespace emstatus::test {
 namespace {
 
-TEST(SinkLookUp, TakesTheNextObjectWhenTheFirstIsNoSink) {
+TEST(SinkLookUp, EM_CASE) {
   const std::string nowhere = "/nonexistent";
   CDebugClient client("NAME", {.directory = nowhere.c_str()});
   CDebugClient nameless(nullptr, {.directory = nowhere.c_str()});
