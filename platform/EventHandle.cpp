@@ -208,8 +208,7 @@ EventHandle::EventHandle(const EventHandle& other) {
 }
 
 EventHandle& EventHandle::operator=(const EventHandle& other) {
-  // What this handle held is left alone on purpose: users rely on an event that was overwritten staying as it
-  // is.
+  // A copy only ever adds a reference: the event that this handle held keeps the one it had, on purpose.
   if (this != &other) Share(other);
   return *this;
 }
