@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <thread>
 
 #include "data/Command.h"
@@ -299,6 +300,51 @@ TEST_F(ModuleTest, RequestsSeeWholeScansOnly) {
   for (std::thread& client : clients) client.join();
   module.Stop();
   EXPECT_GT(answered, 0);
+}
+
+// Holds nothing but what ThreadSanitizer and the end of the test tell: no race, no deadlock.
+TEST_F(ModuleTest, HostThreadsMayDoEverythingAtOnce) {
+  SetLevel("1");
+  Configure(
+      "Components=A\n[Component.A]\nDisplayName=A\nHandleCabinets=1\n"
+      "StatusRequest=<CMD Context=\"TRIQ\" OC=\"1\"/>\nStatusConfirm=<CMD Context=\"TRIQ\" OC=\"2\"/>\n"
+      "Status.1=OK 0\n");
+  folder_.Write("EM_STATUS_simu.ini",
+                "[Info]\nFilename=EM_STATUS_simu.ini\n[Config]\nActive=1\n[Components]\nA.MappedStatus=2\n");
+  ScriptedHost host("1: number 0\n2: number 0\n1030: number 1\n1031: number 1\n1033: status 0\n");
+  EM_Status module;
+  ASSERT_TRUE(module.Start(&host, 0));
+  module.StartThreads();
+  constexpr int kRounds = 30;
+  const std::function<void()> users[] = {
+      [&] { EXPECT_TRUE(module.Start(&host, 0)); },
+      [&] {
+        module.SetCabNr(0);
+        const std::uint32_t cabinet = 7;
+        module.SetServerSeList(&cabinet, 1);
+      },
+      [&] { module.OnNotification(HWN_POWERSTATE_RESUME, 0, nullptr); },
+      [&] {
+        for (std::uint32_t operation = 0x2300; operation < 0x2340; ++operation) {
+          OwnedCommand command({.operation = operation});
+          module.OnRequest(command);
+        }
+      },
+      [&] {
+        OwnedCommand event({.operation = 0x21DE});
+        SetStatus(event, 255);
+        module.OnReply(event);
+      },
+  };
+  std::vector<std::thread> threads;
+  for (const auto& use : users) {
+    threads.emplace_back([&use] {
+      for (int round = 0; round < kRounds; ++round) use();
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  module.OnNotification(HWN_SWITCH_SHUTDOWN, 0, nullptr);
+  EXPECT_TRUE(module.Stop());
 }
 
 }  // namespace
