@@ -1,0 +1,63 @@
+# Run with cmake -P by ctest: installs, takes the project out of the guide, builds it with CMake and with pkg-config
+# alone, and runs it.
+cmake_minimum_required(VERSION 3.25)
+
+function(run expected)
+  execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE output ERROR_VARIABLE errors RESULT_VARIABLE code
+    WORKING_DIRECTORY ${WORK_DIR})
+  if(NOT code EQUAL 0)
+    message(FATAL_ERROR "${ARGN}\nended with ${code}:\n${output}${errors}")
+  endif()
+  if(expected AND NOT output STREQUAL expected)
+    message(FATAL_ERROR "${ARGN}\nprinted \"${output}\" instead of \"${expected}\"\n${errors}")
+  endif()
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+# Writes the guide's block of that language into a file.
+function(take language file)
+  file(READ ${GUIDE} text)
+  string(FIND "${text}" "```${language}\n" begin)
+  if(begin EQUAL -1)
+    message(FATAL_ERROR "${GUIDE} has no block of ${language}")
+  endif()
+  string(SUBSTRING "${text}" ${begin} -1 text)
+  string(FIND "${text}" "\n" begin)
+  math(EXPR begin "${begin} + 1")
+  string(SUBSTRING "${text}" ${begin} -1 text)
+  string(FIND "${text}" "```" end)
+  string(SUBSTRING "${text}" 0 ${end} text)
+  file(WRITE ${WORK_DIR}/${file} "${text}")
+endfunction()
+
+file(REMOVE_RECURSE ${WORK_DIR})
+file(MAKE_DIRECTORY ${WORK_DIR})
+set(prefix ${WORK_DIR}/installed)
+foreach(component sdk module)
+  run("" ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix} --component ${component})
+endforeach()
+take(cmake CMakeLists.txt)
+take(cpp main.cpp)
+take(ini EM_STATUS.ini)
+
+run("" ${CMAKE_COMMAND} -S . -B build -G ${GENERATOR} -D CMAKE_PREFIX_PATH=${prefix} -D CMAKE_CXX_COMPILER=${CXX}
+  "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}")
+run("" ${CMAKE_COMMAND} --build build)
+load_cache(${WORK_DIR}/build READ_WITH_PREFIX found_ EmStatus_DIR)
+string(FIND "${found_EmStatus_DIR}" "${prefix}/" at)
+if(NOT at EQUAL 0)
+  message(FATAL_ERROR "another package was found: ${found_EmStatus_DIR}")
+endif()
+
+file(GLOB_RECURSE package ${prefix}/emstatus.pc)
+cmake_path(GET package PARENT_PATH folder)
+set(ENV{PKG_CONFIG_PATH} ${folder})
+run("" pkg-config --variable=module emstatus)
+string(STRIP "${output}" module)
+run("The house: 1\n" build/door_host ${module} closed)
+run("The house: 2\n" build/door_host ${module} open)
+
+run("" pkg-config --cflags emstatus)
+separate_arguments(flags UNIX_COMMAND "${CXX_FLAGS} ${output}")
+run("" ${CXX} -std=c++17 ${flags} -rdynamic main.cpp -o by_pkg_config)
+run("The house: 2\n" ./by_pkg_config ${module} open)
