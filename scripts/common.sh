@@ -53,14 +53,17 @@ run_for() {
   fi
 }
 
-# build PRESET [TARGET...]: configures once, builds what has changed, all on standard error. Without targets
-# everything.
+# configure PRESET: once; ninja itself sees to it that this is done again when a CMake file changes.
+configure() {
+  [ -f "$root/build/$1/build.ninja" ] && return 0
+  (cd "$root" && cmake --preset "$1") >&2 || die "cmake --preset $1 failed"
+}
+
+# build PRESET [TARGET...]: builds what has changed, all output on standard error. Without targets everything.
 build() {
   local preset=$1 tree=$root/build/$1
   shift
-  if [ ! -f "$tree/build.ninja" ]; then
-    (cd "$root" && cmake --preset "$preset") >&2 || die "cmake --preset $preset failed"
-  fi
+  configure "$preset"
   if ninja -C "$tree" -n "$@" 2>/dev/null | grep -q '^ninja: no work to do'; then
     return 0
   fi
