@@ -15,6 +15,10 @@ enum class Category { Unknown = 0, Mandatory = 1, Optional = 2, Redundant = 3, I
 
 enum class QueryContext { None = 0, Triq = 1, Snmp = 2 };
 
+/// The most instances that a component can have in a cabinet: a larger number can only be an error, and would
+/// keep the scan busy.
+inline constexpr std::int32_t kMaxInstances = 65536;
+
 /// What a raw value of the host means.
 struct MappedStatus {
   StatusValue status = NoStatus;

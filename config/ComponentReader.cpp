@@ -11,9 +11,6 @@
 namespace emstatus {
 namespace {
 
-/// More instances than any machine has: a larger number can only be an error and would keep the scan busy.
-constexpr std::int32_t kMaxInstances = 65536;
-
 constexpr std::array<std::pair<const char*, Category>, 4> kCategories = {{
     {"Mandatory", Category::Mandatory},
     {"Optional", Category::Optional},

@@ -1,12 +1,12 @@
 #include "config/ConfigurationReader.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <utility>
 #include <vector>
 
 #include "config/ComponentReader.h"
 #include "config/Placeholders.h"
+#include "config/SplitText.h"
 #include "platform/CDebugClient.h"
 #include "platform/ProfileFile.h"
 
@@ -15,17 +15,6 @@ namespace {
 
 constexpr const char* kFileName = "EM_STATUS.ini";
 constexpr int kLayoutVersion = 4;
-
-/// The names in `list`; only spaces separate, and runs of them give no empty names.
-std::vector<std::string> SplitNames(const std::string& list) {
-  std::vector<std::string> names;
-  for (std::size_t begin = list.find_first_not_of(' '); begin != std::string::npos;) {
-    const std::size_t end = std::min(list.find(' ', begin), list.size());
-    names.push_back(list.substr(begin, end - begin));
-    begin = list.find_first_not_of(' ', end);
-  }
-  return names;
-}
 
 std::string TextOf(ProfileFile& profile, const std::string& section, const std::string& key,
                    const char* fallback = "") {
@@ -163,7 +152,7 @@ void ConfigurationReader::ReadSystem(ProfileFile& profile, StatusConfiguration& 
            configuration.systemDesignation.c_str());
   EM_TRACE(2, "\n\nEM_STATUS           : Subsystems:              %s", subsystems.c_str());
   EM_TRACE(2, "\n\nEM_STATUS (ReadCfg) : Reading subsystems and their associated components...");
-  for (const std::string& name : SplitNames(subsystems)) ReadSubsystem(profile, name, configuration);
+  for (const std::string& name : SplitText(subsystems, ' ')) ReadSubsystem(profile, name, configuration);
 }
 
 void ConfigurationReader::ReadSubsystem(ProfileFile& profile, const std::string& name,
@@ -181,7 +170,7 @@ void ConfigurationReader::ReadSubsystem(ProfileFile& profile, const std::string&
   }
   if (components.empty()) return;
   EM_TRACE(2, "\nEM_STATUS           :   display name:   \"%s\"", subsystem.displayName.c_str());
-  for (const std::string& component : SplitNames(components)) {
+  for (const std::string& component : SplitText(components, ' ')) {
     ReadComponent(profile, component, configuration, subsystem);
   }
   configuration.subsystems.push_back(std::move(subsystem));

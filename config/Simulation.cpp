@@ -1,8 +1,8 @@
 #include "config/Simulation.h"
 
-#include <algorithm>
 #include <vector>
 
+#include "config/SplitText.h"
 #include "platform/CDebugClient.h"
 #include "platform/ProfileFile.h"
 
@@ -10,17 +10,6 @@ namespace emstatus {
 namespace {
 
 constexpr const char* kFileName = "EM_STATUS_simu.ini";
-
-/// The parts of `key` between its dots, empty ones dropped.
-std::vector<std::string> SplitAtDots(const std::string& key) {
-  std::vector<std::string> parts;
-  for (std::size_t begin = key.find_first_not_of('.'); begin != std::string::npos;) {
-    const std::size_t end = std::min(key.find('.', begin), key.size());
-    parts.push_back(key.substr(begin, end - begin));
-    begin = key.find_first_not_of('.', end);
-  }
-  return parts;
-}
 
 }  // namespace
 
@@ -94,7 +83,7 @@ void Simulation::ReadEntry(ProfileFile& profile, const std::string& key, Table& 
   const std::int32_t value = profile.GetInt("Components", key.c_str(), 0);
   EM_TRACE(2, "\nEM_STATUS (ReadSimu):   error entry \"%s\" = %d", key.c_str(),
            static_cast<std::uint8_t>(value));
-  const std::vector<std::string> parts = SplitAtDots(key);
+  const std::vector<std::string> parts = SplitText(key, '.');
   if (parts.size() != 2) {
     EM_TRACE(
         1,

@@ -4,12 +4,6 @@
 
 namespace emstatus {
 
-MappedStatus ComponentDefinition::Map(std::int32_t rawValue) const {
-  const auto entry = statusMap.find(rawValue);
-  if (entry != statusMap.end()) return entry->second;
-  return {undefinedStatus.value_or(NoStatus), "undefined"};
-}
-
 const char* StatusConfiguration::StatusName(StatusValue status) const {
   const auto name = statusNames.find(status);
   return name == statusNames.end() ? "" : name->second.c_str();

@@ -1,5 +1,6 @@
 #include "platform/CDebugClient.h"
 
+#include <cxxabi.h>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <link.h>
@@ -18,6 +19,18 @@ constexpr std::uint32_t kNotConfigured = 0xFFFFFFFF;
 constexpr std::uint32_t kEverythingPasses = 0xFFFFFFFF;
 constexpr char kGlobalFile[] = "global_trace.ini";
 constexpr char kGlobalSection[] = "GlobalDebugSettings";
+
+/// Calls the host's sink. What it throws ends here: no trace failure reaches a caller. A thread that is
+/// cancelled inside is let go on.
+template <typename Call>
+void Guarded(const Call& call) {
+  try {
+    call();
+  } catch (abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
+  }
+}
 
 /// Collects the names of the trace files in order; false when there is no such directory.
 bool ListTraceFiles(const char* directory, std::vector<std::string>& files) {
@@ -196,7 +209,7 @@ void CDebugClient::VTrace(std::uint32_t level, const char* format, va_list argum
   if (TraceSink* const sink = Sink()) {
     va_list copy;
     va_copy(copy, arguments);
-    sink->FilteredPrint(format, copy, moduleName_.c_str());
+    Guarded([&] { sink->FilteredPrint(format, copy, moduleName_.c_str()); });
     va_end(copy);
   }
   if (level == 0 && format != nullptr) {
@@ -222,7 +235,9 @@ void CDebugClient::Print(std::uint32_t /*level*/, const char* format, ...) {
 }
 
 void CDebugClient::VPrint(const char* format, va_list arguments) {
-  if (TraceSink* const sink = Sink()) sink->Print(format, arguments, moduleName_.c_str());
+  if (TraceSink* const sink = Sink()) {
+    Guarded([&] { sink->Print(format, arguments, moduleName_.c_str()); });
+  }
 }
 
 }  // namespace emstatus

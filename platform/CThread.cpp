@@ -1,5 +1,7 @@
 #include "platform/CThread.h"
 
+#include <cerrno>
+
 #include <errno.h>
 #include <sched.h>
 
@@ -23,18 +25,21 @@ bool SetPriority(pthread_attr_t& attributes, std::int32_t prio) {
   int error = pthread_attr_setschedpolicy(&attributes, SCHED_RR);
   if (error != 0) {
     EM_TRACE_ALWAYS(2, "\npthread_attr_setschedpolicy failed: %d", error);
+    errno = error;
     return false;
   }
   sched_param parameters{};
   error = pthread_attr_getschedparam(&attributes, &parameters);
   if (error != 0) {
     EM_TRACE_ALWAYS(2, "\npthread_attr_getschedparam failed: %d", error);
+    errno = error;
     return false;
   }
   parameters.sched_priority = prio;
   error = pthread_attr_setschedparam(&attributes, &parameters);
   if (error != 0) {
     EM_TRACE_ALWAYS(2, "\npthread_attr_setschedparam failed: error=%d priority=%d", error, prio);
+    errno = error;
     return false;
   }
   return true;
@@ -95,6 +100,7 @@ bool CThread::Start(StartRoutine startRoutine, void* argument, std::int32_t prio
   Attributes attributes;
   if (attributes.Error() != 0) {
     EM_TRACE_ALWAYS(2, "\npthread_attr_init failed: %d", attributes.Error());
+    errno = attributes.Error();
     return false;
   }
   EM_TRACE_ALWAYS(4, "\npthread_attr_init: %d", attributes.Error());
@@ -102,6 +108,7 @@ bool CThread::Start(StartRoutine startRoutine, void* argument, std::int32_t prio
   const int error = Create(attributes.Get(), startRoutine, argument);
   if (error != 0) {
     EM_TRACE_ALWAYS(2, "\npthread_create failed: %d", error);
+    errno = error;
     return false;
   }
   EM_TRACE_ALWAYS(2, "\nCThread::Start: thread=0x%08X created, Prio=%d, Waitable=%d, StackSize=0x%x",
@@ -115,6 +122,7 @@ bool CThread::SetAttributes(pthread_attr_t& attributes, std::int32_t prio) const
     const int error = pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
     if (error != 0) {
       EM_TRACE_ALWAYS(2, "\npthread_attr_setdetachstate failed: %d", error);
+      errno = error;
       return false;
     }
   }

@@ -19,8 +19,9 @@ class CThread {
 
   /// Runs `startRoutine(argument)` on a new thread. `prio` other than 0 asks for round-robin scheduling at
   /// that priority, which the process gets only where it has the right to it. `suspend` and `stackSize`
-  /// (bytes) are only told in the trace. A waitable thread is joined, one that is not is detached. False when
-  /// a step failed. A thread held before is forgotten, or first killed: see SetKillAliveThread().
+  /// (bytes) are only told in the trace. A waitable thread is joined, one that is not is detached. False,
+  /// with errno set, when a step failed. A thread held before is forgotten, or first killed: see
+  /// SetKillAliveThread().
   bool Start(StartRoutine startRoutine, void* argument, std::int32_t prio, bool suspend,
              std::uint32_t stackSize, bool waitable);
 

@@ -1,13 +1,12 @@
 #include "status/ComponentQuery.h"
 
+#include <algorithm>
+
 #include "platform/CDebugClient.h"
 #include "status/MergeStatus.h"
 
 namespace emstatus {
 namespace {
-
-/// A host that counts more instances than this has made an error.
-constexpr std::int32_t kMaxInstances = 65536;
 
 /// A raw value that the host does not know itself.
 constexpr std::int32_t kUnknownRawValue = -1;

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <vector>
+
 #include "data/Command.h"
 #include "data/DataBytes.h"
 #include "platform/CDebugClient.h"

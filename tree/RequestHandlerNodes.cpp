@@ -7,7 +7,7 @@
 namespace emstatus {
 
 const StatusTreeNode* RequestHandler::FindNode(Request& request) {
-  std::string id(TextOf(Data(request.command)));
+  std::string id(TextUpToZero(Data(request.command)));
   if (id.empty()) id = kRootId;
   const StatusTreeNode* node = request.scan->FindNode(id);
   if (node == nullptr) {

@@ -1,15 +1,8 @@
 #include "tree/StatusTree.h"
 
-#include <cstdio>
 #include <utility>
 
 namespace emstatus {
-
-std::string InstanceKey(std::uint32_t cabinet, std::uint32_t index) {
-  char key[32];
-  std::snprintf(key, sizeof key, "%03u-%02u", cabinet, index);
-  return key;
-}
 
 const StatusTreeNode* StatusSnapshot::FindNode(std::string_view id) const {
   const auto node = nodes.find(id);

@@ -230,6 +230,20 @@ TEST_F(ModuleTest, AnExceptionInTheScanEndsTheThreadAlone) {
                     "\n####                   Exception in StatusPolling Thread !!               ####"));
 }
 
+TEST_F(ModuleTest, ASinkThatThrowsHurtsNobody) {
+  Configure("");
+  ScriptedHost host("");
+  Trace().throws = true;
+  {
+    EM_Status module;
+    EXPECT_TRUE(module.Start(&host, 0));
+    module.OnNotification(HWN_SWITCH_SHUTDOWN, 0, nullptr);
+    module.StartThreads();
+    EXPECT_TRUE(module.Stop());
+  }
+  Trace().throws = false;
+}
+
 TEST_F(ModuleTest, StartingAgainReplacesTheConfiguration) {
   Configure("Components=A\n[Component.A]\nDisplayName=First\nStatus.1=OK 0\n");
   ScriptedHost host("");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <stdexcept>
 #include <utility>
 
 extern "C" {
@@ -16,6 +17,7 @@ void TraceCapture::Print(const char* format, va_list arguments, const char* modu
 }
 
 void TraceCapture::FilteredPrint(const char* format, va_list arguments, const char*) {
+  if (throws) throw std::runtime_error("a sink that throws");
   va_list measured;
   va_copy(measured, arguments);
   const int length = std::vsnprintf(nullptr, 0, format, measured);

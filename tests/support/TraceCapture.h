@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <string>
@@ -26,6 +27,9 @@ class TraceCapture final : public TraceSink {
 
   /// What has arrived since the last call; empties the store.
   std::vector<std::string> Take();
+
+  /// Makes every message end in an exception.
+  std::atomic<bool> throws{false};
 
  private:
   std::mutex lock_;
