@@ -44,7 +44,7 @@ TEST(Filesystems, RoomAndInodesByLimit) {
   for (const auto& row : rows) {
     MachineFolder machine(Root("rw", "rw"));
     machine.SetRoom("/", row.room);
-    FilesystemProvider provider(machine.Factory(), {});
+    FilesystemProvider provider(machine.Factory(), {}, {}, kPatient);
     const auto lines = Lines(ReadAt(provider, 0));
     ASSERT_GE(lines.size(), 2u);
     EXPECT_EQ(lines[0], "/ good");
@@ -58,14 +58,14 @@ TEST(Filesystems, ReservedBlocksAreNotFreeForUsers) {
   FilesystemRoom room = RoomOf(0.05);
   room.available = 0;
   machine.SetRoom("/", room);
-  FilesystemProvider provider(machine.Factory(), {});
+  FilesystemProvider provider(machine.Factory(), {}, {}, kPatient);
   EXPECT_EQ(ReadAt(provider, 0)[1].measurement->value, 100);
 }
 
 TEST(Filesystems, FlipsToReadOnly) {
   MachineFolder machine(Root("rw", "rw"));
   machine.SetRoom("/", RoomOf(0.01));
-  FilesystemProvider provider(machine.Factory(), {});
+  FilesystemProvider provider(machine.Factory(), {}, {}, kPatient);
   EXPECT_EQ(Line(ReadAt(provider, 0)[0]), "/ good");
   machine.Write(Root("rw", "ro"));
   auto readings = ReadAt(provider, 10);
@@ -77,7 +77,7 @@ TEST(Filesystems, FlipsToReadOnly) {
             "/ critical: turned read-only while it was watched, read-write expected");
   EXPECT_TRUE(provider.Confirm(ObjectClass::FilesystemHealth, "/"));
   EXPECT_EQ(Line(ReadAt(provider, 30)[0]), "/ good: mounted read-only");
-  FilesystemProvider later(machine.Factory(), {});
+  FilesystemProvider later(machine.Factory(), {}, {}, kPatient);
   EXPECT_EQ(Line(ReadAt(later, 0)[0]), "/ good: mounted read-only");
 }
 
@@ -87,7 +87,7 @@ TEST(Filesystems, RecordedErrors) {
   machine.Write({{"/sys/dev/block/254:0", "-> /sys/devices/virtual/block/dm-3"},
                  {"/sys/fs/ext4/dm-3/errors_count", "2\n"},
                  {"/sys/fs/ext4/dm-3/last_error_time", "0\n"}});
-  FilesystemProvider provider(machine.Factory(), {});
+  FilesystemProvider provider(machine.Factory(), {}, {}, kPatient);
   EXPECT_EQ(Line(ReadAt(provider, 0)[0]), "/ warning: 2 filesystem errors recorded, 0 expected");
   machine.Write({{"/sys/fs/ext4/dm-3/errors_count", "5"},
                  {"/sys/fs/ext4/dm-3/last_error_time", std::to_string(24L * 365 * 55 * 3600 - 590)}});
@@ -103,23 +103,24 @@ TEST(Filesystems, ADeadNetworkMountBlocksNothing) {
   machine.SetRoom("/", RoomOf(0.5));
   machine.SetRoom("/aaa", RoomOf(0.5));
   machine.Hang("/aaa");
-  FilesystemProvider provider(machine.Factory(), {"/aaa"}, {}, std::chrono::milliseconds(20));
+  FilesystemProvider provider(machine.Factory(), {"/aaa"}, {}, kImpatient);
   for (const int second : {0, 40}) {
     const std::string late =
         "/aaa late: no answer for " + std::to_string(second) + " s; the device or its driver may hang";
-    EXPECT_EQ(Lines(ReadAt(provider, second)),
-              (Texts{late, late, "/ good", "/ good 50.0 %", "/ good 10.0 %"}));
+    const Texts expected = {late, late, "/ good", "/ good 50.0 %", "/ good 10.0 %"};
+    EXPECT_EQ(ReadUntil(provider, second, expected), expected);
   }
   machine.Release();
-  EXPECT_EQ(Lines(ReadAt(provider, 50)), (Texts{"/aaa good", "/aaa good 50.0 %", "/aaa good 10.0 %", "/ good",
-                                                "/ good 50.0 %", "/ good 10.0 %"}));
+  const Texts expected = {"/aaa good", "/aaa good 50.0 %", "/aaa good 10.0 %",
+                          "/ good",    "/ good 50.0 %",    "/ good 10.0 %"};
+  EXPECT_EQ(ReadUntil(provider, 50, expected), expected);
 }
 
 TEST(Filesystems, WhatFailsAndWhatIsMissing) {
   MachineFolder machine(Root("rw", "rw"));
   machine.SetRoom("/", RoomOf(0.5));
   machine.Fail("/", EIO);
-  FilesystemProvider provider(machine.Factory(), {"/backup"});
+  FilesystemProvider provider(machine.Factory(), {"/backup"}, {}, kPatient);
   EXPECT_EQ(Lines(ReadAt(provider, 0)),
             (Texts{"/ critical: cannot be used: Input/output error",
                    "/ sensor-fault: cannot be read: /: Input/output error",

@@ -3,20 +3,42 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <condition_variable>
 #include <filesystem>
+#include <map>
+#include <mutex>
+#include <set>
+#include <utility>
 
 #include "host/providers/RealFiles.h"
 #include "host/providers/ValueText.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace emstatus::test {
 
 using namespace host;
 
+struct MachineFolder::State {
+  int Enter(const std::string& path);
+  void Leave(const std::string& path);
+
+  TemporaryDirectory folder;
+  std::mutex lock;
+  std::condition_variable changed;
+  // All guarded by lock
+  std::map<std::string, int> errors;
+  std::set<std::string> hanging;
+  std::set<std::string> hung;
+  std::set<std::string> clearing;
+  std::map<std::string, FilesystemRoom> rooms;
+  std::map<std::string, int> reads;
+};
+
 /// The machine's files with the faults that its folder was told of.
 class ScriptedFiles final : public SystemFiles {
  public:
-  explicit ScriptedFiles(MachineFolder& machine)
-      : machine_(machine), real_(machine.folder_.File("sys"), machine.folder_.File("proc")) {}
+  explicit ScriptedFiles(std::shared_ptr<MachineFolder::State> machine)
+      : machine_(std::move(machine)), real_(machine_->folder.File("sys"), machine_->folder.File("proc")) {}
 
   FileResult<std::string> ReadAttribute(const std::string& path) override {
     return Run<std::string>(path, [&] { return real_.ReadAttribute(path); });
@@ -36,9 +58,9 @@ class ScriptedFiles final : public SystemFiles {
   FileResult<std::string> RealPath(const std::string& path) override { return real_.RealPath(path); }
   FileResult<FilesystemRoom> Room(const std::string& path) override {
     return Run<FilesystemRoom>(path, [&]() -> FileResult<FilesystemRoom> {
-      const std::lock_guard lock(machine_.lock_);
-      const auto room = machine_.rooms_.find(path);
-      return room == machine_.rooms_.end() ? FileResult<FilesystemRoom>{{}, ENOENT}
+      const std::lock_guard lock(machine_->lock);
+      const auto room = machine_->rooms.find(path);
+      return room == machine_->rooms.end() ? FileResult<FilesystemRoom>{{}, ENOENT}
                                            : FileResult<FilesystemRoom>{room->second, 0};
     });
   }
@@ -52,30 +74,30 @@ class ScriptedFiles final : public SystemFiles {
  private:
   template <typename Value, typename Call>
   FileResult<Value> Run(const std::string& path, const Call& call) {
-    const int error = machine_.Enter(path);
+    const int error = machine_->Enter(path);
     auto result = error != 0 ? FileResult<Value>{Value{}, error} : call();
-    machine_.Leave(path);
+    machine_->Leave(path);
     return result;
   }
 
-  MachineFolder& machine_;
+  const std::shared_ptr<MachineFolder::State> machine_;
   RealFiles real_;
 };
 
+MachineFolder::MachineFolder() : state_(std::make_shared<State>()) {}
+
 MachineFolder::~MachineFolder() {
   Release();
-  std::unique_lock lock(lock_);
-  changed_.wait(lock, [this] { return inside_ == 0; });
 }
 
 void MachineFolder::Write(const FileTable& files) {
   for (const auto& [path, text] : files) {
-    const std::string file = folder_.File(path.substr(1));
+    const std::string file = state_->folder.File(path.substr(1));
     if (!text.starts_with("-> ")) {
-      folder_.Write(path.substr(1), text);
+      state_->folder.Write(path.substr(1), text);
       continue;
     }
-    const std::filesystem::path target = folder_.File(text.substr(4));
+    const std::filesystem::path target = state_->folder.File(text.substr(4));
     std::filesystem::create_directories(std::filesystem::path(file).parent_path());
     std::filesystem::create_directories(target);
     std::filesystem::create_directory_symlink(target, file);
@@ -83,76 +105,73 @@ void MachineFolder::Write(const FileTable& files) {
 }
 
 void MachineFolder::Remove(const std::string& path) {
-  std::filesystem::remove_all(folder_.File(path.substr(1)));
+  std::filesystem::remove_all(state_->folder.File(path.substr(1)));
 }
 
 void MachineFolder::Fail(const std::string& path, int error) {
-  const std::lock_guard lock(lock_);
-  errors_[path] = error;
+  const std::lock_guard lock(state_->lock);
+  state_->errors[path] = error;
 }
 
 void MachineFolder::Hang(const std::string& path) {
-  const std::lock_guard lock(lock_);
-  hanging_.insert(path);
+  const std::lock_guard lock(state_->lock);
+  state_->hanging.insert(path);
 }
 
 void MachineFolder::WaitUntilHanging(const std::string& path) {
-  std::unique_lock lock(lock_);
-  changed_.wait(lock, [&] { return hung_.contains(path); });
+  std::unique_lock lock(state_->lock);
+  state_->changed.wait(lock, [&] { return state_->hung.contains(path); });
 }
 
 void MachineFolder::Release() {
-  std::unique_lock lock(lock_);
-  hanging_.clear();
-  changed_.notify_all();
-  changed_.wait(lock, [this] { return hung_.empty(); });
+  std::unique_lock lock(state_->lock);
+  state_->hanging.clear();
+  state_->changed.notify_all();
+  state_->changed.wait(lock, [this] { return state_->hung.empty(); });
 }
 
 void MachineFolder::ClearOnRead(const std::string& path) {
-  const std::lock_guard lock(lock_);
-  clearing_.insert(path);
+  const std::lock_guard lock(state_->lock);
+  state_->clearing.insert(path);
 }
 
 void MachineFolder::SetRoom(const std::string& mountPoint, const FilesystemRoom& room) {
-  const std::lock_guard lock(lock_);
-  rooms_[mountPoint] = room;
+  const std::lock_guard lock(state_->lock);
+  state_->rooms[mountPoint] = room;
 }
 
 int MachineFolder::TakeReads(const std::string& path) {
-  const std::lock_guard lock(lock_);
-  return std::exchange(reads_[path], 0);
+  const std::lock_guard lock(state_->lock);
+  return std::exchange(state_->reads[path], 0);
 }
 
 std::string MachineFolder::Text(const std::string& path) const {
-  return folder_.Read(path.substr(1));
+  return state_->folder.Read(path.substr(1));
 }
 
 FilesFactory MachineFolder::Factory() {
-  return [this] { return std::make_unique<ScriptedFiles>(*this); };
+  return [state = state_] { return std::make_unique<ScriptedFiles>(state); };
 }
 
-int MachineFolder::Enter(const std::string& path) {
-  std::unique_lock lock(lock_);
-  ++reads_[path];
-  ++inside_;
-  if (hanging_.contains(path)) {
-    hung_.insert(path);
-    changed_.notify_all();
-    changed_.wait(lock, [&] { return !hanging_.contains(path); });
-    hung_.erase(path);
-    changed_.notify_all();
+int MachineFolder::State::Enter(const std::string& path) {
+  std::unique_lock guard(lock);
+  ++reads[path];
+  if (hanging.contains(path)) {
+    hung.insert(path);
+    changed.notify_all();
+    changed.wait(guard, [&] { return !hanging.contains(path); });
+    hung.erase(path);
+    changed.notify_all();
   }
-  const auto error = errors_.find(path);
-  return error == errors_.end() ? 0 : error->second;
+  const auto error = errors.find(path);
+  return error == errors.end() ? 0 : error->second;
 }
 
-void MachineFolder::Leave(const std::string& path) {
-  const std::lock_guard lock(lock_);
-  if (clearing_.contains(path)) {
-    folder_.Write(path.substr(1), "0");
+void MachineFolder::State::Leave(const std::string& path) {
+  const std::lock_guard guard(lock);
+  if (clearing.contains(path)) {
+    folder.Write(path.substr(1), "0");
   }
-  --inside_;
-  changed_.notify_all();
 }
 
 std::string Line(const Reading& reading) {
@@ -180,13 +199,25 @@ std::vector<std::string> Lines(const std::vector<Reading>& readings) {
   return lines;
 }
 
+std::chrono::steady_clock::time_point At(double seconds) {
+  return std::chrono::steady_clock::time_point(std::chrono::hours(24)) +
+         std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds));
+}
+
 std::vector<Reading> ReadAt(Provider& provider, double seconds) {
-  const auto since =
-      std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds));
   ReadContext context;
-  context.now = std::chrono::steady_clock::time_point(std::chrono::hours(24)) + since;
-  context.wallTime = std::chrono::system_clock::time_point(std::chrono::hours(24 * 365 * 55)) + since;
+  context.now = At(seconds);
+  context.wallTime =
+      std::chrono::system_clock::time_point(std::chrono::hours(24 * 365 * 55)) + (At(seconds) - At(0));
   return provider.Read(context);
+}
+
+Texts ReadUntil(Provider& provider, double seconds, const Texts& expected) {
+  Texts lines;
+  for (int tries = 0; tries < 500 && lines != expected; ++tries) {
+    lines = Lines(ReadAt(provider, seconds));
+  }
+  return lines;
 }
 
 }  // namespace emstatus::test

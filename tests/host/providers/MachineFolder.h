@@ -1,20 +1,13 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <initializer_list>
-#include <map>
 #include <memory>
-#include <mutex>
-#include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "host/providers/Provider.h"
 #include "host/providers/ReadLanes.h"
 #include "host/providers/SystemFiles.h"
-#include "tests/support/TemporaryDirectory.h"
 
 namespace emstatus::test {
 
@@ -27,9 +20,9 @@ class MachineFolder {
   };
   using FileTable = std::vector<File>;
 
-  MachineFolder() = default;
-  explicit MachineFolder(const FileTable& files) { Write(files); }
-  MachineFolder(const char* path, const char* text) { Write({File{path, text}}); }
+  MachineFolder();
+  explicit MachineFolder(const FileTable& files) : MachineFolder() { Write(files); }
+  MachineFolder(const char* path, const char* text) : MachineFolder() { Write({File{path, text}}); }
   ~MachineFolder();
 
   /// Writes files ("/sys/..."); a text that starts with "-> " makes a link to that path of the machine.
@@ -54,20 +47,11 @@ class MachineFolder {
   std::unique_ptr<host::SystemFiles> Files() { return Factory()(); }
 
  private:
+  struct State;
   friend class ScriptedFiles;
-  int Enter(const std::string& path);
-  void Leave(const std::string& path);
 
-  TemporaryDirectory folder_;
-  std::mutex lock_;
-  std::condition_variable changed_;
-  int inside_ = 0;
-  std::map<std::string, int> errors_;
-  std::set<std::string> hanging_;
-  std::set<std::string> hung_;
-  std::set<std::string> clearing_;
-  std::map<std::string, host::FilesystemRoom> rooms_;
-  std::map<std::string, int> reads_;
+  // Shared with the files that were made: a read that hung goes on after its test has ended
+  std::shared_ptr<State> state_;
 };
 
 using Texts = std::vector<std::string>;
@@ -76,7 +60,19 @@ using Texts = std::vector<std::string>;
 std::string Line(const host::Reading& reading);
 Texts Lines(const std::vector<host::Reading>& readings);
 
-/// Reads a provider at `seconds` after an arbitrary start of time.
+/// More than any read takes that does not hang, however busy the machine of the test is; and less than one
+/// that hangs.
+inline constexpr std::chrono::milliseconds kPatient{60000};
+inline constexpr std::chrono::milliseconds kImpatient{20};
+
+/// The moment `seconds` after an arbitrary start of time.
+std::chrono::steady_clock::time_point At(double seconds);
+
+/// Reads a provider at that moment.
 std::vector<host::Reading> ReadAt(host::Provider& provider, double seconds);
+
+/// The same again and again, for an impatient provider, until it tells `expected` or never will; what it told
+/// last.
+Texts ReadUntil(host::Provider& provider, double seconds, const Texts& expected);
 
 }  // namespace emstatus::test

@@ -1,0 +1,124 @@
+#include "host/providers/DiskJudge.h"
+
+#include <algorithm>
+
+#include "host/providers/KernelText.h"
+#include "host/providers/ReadFault.h"
+#include "host/providers/ValueText.h"
+
+namespace emstatus::host {
+namespace {
+
+constexpr double kBlock = 512;
+constexpr std::uint64_t kLifeOver = 0xB;
+
+// How many were counted within the last kDiskWindow.
+std::uint64_t Recent(DiskMemory::Counter& counter, const std::optional<std::uint64_t>& count,
+                     DiskMemory::Clock::time_point now) {
+  if (count && counter.last && *count > *counter.last) {
+    counter.recent.emplace_back(now, *count - *counter.last);
+  }
+  counter.last = count;
+  while (!counter.recent.empty() && now - counter.recent.front().first >= kDiskWindow) {
+    counter.recent.pop_front();
+  }
+  std::uint64_t sum = 0;
+  for (const auto& [time, number] : counter.recent) {
+    sum += number;
+  }
+  return sum;
+}
+
+void Blame(Reading& reading, Condition condition, std::string reason, const char* advice) {
+  if (condition > reading.condition) {
+    reading.condition = condition;
+    reading.reason = std::move(reason);
+    reading.advice = advice;
+  }
+}
+
+void JudgeState(Reading& reading, const std::string& state) {
+  if (state == "running" || state == "live" || state == "created") {
+    return;
+  }
+  const bool passing = state == "blocked" || state == "quiesce" || state == "created-blocked" ||
+                       state == "resetting" || state == "connecting" || state == "new";
+  Blame(reading, passing ? Condition::Warning : Condition::Critical,
+        "its state is " + state + ", running expected",
+        "look at its cable or path and at the kernel log; replace it when it does not come back");
+}
+
+void JudgeLife(Reading& reading, const DiskFacts& disk) {
+  if (disk.endOfLife && *disk.endOfLife >= 2) {
+    const bool urgent = *disk.endOfLife >= 3;
+    Blame(reading, urgent ? Condition::Critical : Condition::Warning,
+          urgent ? "90 % of its spare blocks are used up, less than 80 % expected"
+                 : "80 % of its spare blocks are used up, less than 80 % expected",
+          "replace it");
+  }
+  if (disk.lifeUsed && *disk.lifeUsed >= kLifeOver - 1) {
+    Blame(reading, Condition::Warning,
+          *disk.lifeUsed >= kLifeOver ? "it is beyond its expected life"
+                                      : "more than 90 % of its expected life is used",
+          "replace it");
+  }
+}
+
+void JudgeErrors(Reading& reading, const DiskFacts& disk, DiskMemory& memory,
+                 DiskMemory::Clock::time_point now) {
+  const std::uint64_t timeouts = Recent(memory.timeouts, disk.timeouts, now);
+  const std::uint64_t failures = Recent(memory.failures, disk.failures, now);
+  if (timeouts > 0) {
+    Blame(reading, Condition::Warning,
+          Format("%llu commands got no answer in the last hour, 0 expected",
+                 static_cast<unsigned long long>(timeouts)),
+          "look at its cable and its SMART data; plan to replace it");
+  } else if (failures >= kDiskFailures) {
+    Blame(reading, Condition::Warning,
+          Format("%llu commands failed in the last hour, less than %llu expected",
+                 static_cast<unsigned long long>(failures), static_cast<unsigned long long>(kDiskFailures)),
+          "look at its SMART data; plan to replace it");
+  }
+}
+
+}  // namespace
+
+Reading JudgeDisk(const DiskFacts& disk, DiskMemory& memory, DiskMemory::Clock::time_point now) {
+  Reading reading;
+  reading.objectClass = ObjectClass::Disk;
+  reading.id = disk.identity;
+  reading.name = disk.name + (disk.model.empty() ? "" : " (" + disk.model + ")");
+  reading.customerServiceable = true;
+  reading.mayGo = disk.isRemovable;
+  if (!disk.size) {
+    SetUnread(reading, "size", disk.size.error);
+    return reading;
+  }
+  const auto blocks = ParseUnsigned(disk.size.value);
+  if (!blocks) {
+    SetUnknown(reading, Quality::Implausible, "size reads \"" + disk.size.value + "\", a number expected");
+    return reading;
+  }
+  if (*blocks == 0 && disk.isRemovable) {
+    SetUnknown(reading, Quality::Inactive, "no medium in it");
+    return reading;
+  }
+  if (disk.state && !*disk.state) {
+    SetUnread(reading, "state", disk.state->error);
+    return reading;
+  }
+  reading.quality = Quality::Good;
+  reading.measurement = Measurement{static_cast<double>(*blocks) * kBlock, Unit::Byte, {}};
+  if (disk.state) {
+    JudgeState(reading, disk.state->value);
+  }
+  if (*blocks == 0) {
+    Blame(reading, Condition::Critical, "its size is 0 B, more expected",
+          "look at the kernel log; replace it");
+  }
+  JudgeLife(reading, disk);
+  JudgeErrors(reading, disk, memory, now);
+  return reading;
+}
+
+}  // namespace emstatus::host

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/providers/Reading.h"
+#include "host/providers/SystemFiles.h"
+
+namespace emstatus::host {
+
+/// The attributes of a power supply or battery as they were read, by name ("online"); those it does not have
+/// are not there.
+using PowerSupplyValues = std::map<std::string, FileResult<std::string>>;
+
+/// The attributes that JudgePowerSupply knows.
+const std::vector<std::string>& PowerSupplyAttributes();
+
+/// Whether it feeds a device that is connected (a mouse), not the machine. [any thread]
+bool FeedsADevice(const PowerSupplyValues& values);
+
+/// Whether it is a battery (or a UPS), not a supply from outside. [any thread]
+bool IsBattery(const PowerSupplyValues& values);
+
+/// The readings of a power supply or a battery: its state and, when `withTemperature`, its temperature. [any
+/// thread]
+std::vector<Reading> JudgePowerSupply(const std::string& name, const PowerSupplyValues& values,
+                                      bool withTemperature);
+
+/// Makes mains supplies of one machine a redundancy group when there are two or more. [any thread]
+void GroupMains(std::vector<Reading>& readings);
+
+}  // namespace emstatus::host

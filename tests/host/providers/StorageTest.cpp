@@ -1,0 +1,195 @@
+#include <gtest/gtest.h>
+#include <poll.h>
+
+#include <cerrno>
+
+#include "host/providers/DiskProvider.h"
+#include "host/providers/MdProvider.h"
+#include "host/providers/NvmeProvider.h"
+#include "tests/host/providers/MachineFolder.h"
+
+namespace emstatus::test {
+namespace {
+
+using namespace host;
+
+TEST(MdTexts, DisksTolerancesProgress) {
+  EXPECT_EQ(ParseRaidDisks("11 (10)"), 10u);
+  EXPECT_EQ(ParseRaidDisks("3 (4)"), 3u);
+  EXPECT_EQ(ParseRaidDisks("4"), 4u);
+  EXPECT_EQ(ParseRaidDisks(""), std::nullopt);
+  EXPECT_EQ(ParseRaidDisks("many"), std::nullopt);
+  const struct {
+    const char* level;
+    std::uint32_t disks;
+    const char* layout;
+    std::uint32_t tolerated;
+  } rows[] = {{"raid0", 4, "", 0},     {"linear", 2, "", 0},      {"raid1", 2, "0", 1},
+              {"raid1", 3, "0", 2},    {"raid5", 4, "2", 1},      {"raid6", 6, "2", 2},
+              {"raid10", 4, "258", 1}, {"raid10", 4, "0x103", 2}, {"raid10", 4, "513", 1},
+              {"raid1", 0, "", 0}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(ToleratedLosses(row.level, row.disks, row.layout), row.tolerated) << row.level << row.layout;
+  }
+  EXPECT_EQ(ParseProgress("100 / 400"), 25);
+  for (const char* none : {"none", "delayed", "", "5 / 0", "9 / 4"}) {
+    EXPECT_EQ(ParseProgress(none), std::nullopt) << none;
+  }
+}
+
+// An array of `states`, one a member.
+MachineFolder::FileTable Array(const std::string& level, const std::string& disks,
+                               const MachineFolder::FileTable& attributes,
+                               const std::vector<std::string>& states) {
+  const std::string folder = "/sys/block/md0/md/";
+  MachineFolder::FileTable files = {{folder + "array_state", "clean\n"},
+                                    {folder + "level", level + "\n"},
+                                    {folder + "raid_disks", disks + "\n"}};
+  for (const auto& [name, text] : attributes) {
+    files.push_back({folder + name, text + "\n"});
+  }
+  for (std::size_t at = 0; at < states.size(); ++at) {
+    const std::string member = folder + "dev-sd" + static_cast<char>('a' + at);
+    files.push_back({member + "/state", states[at] + "\n"});
+    files.push_back({member + "/errors", "0\n"});
+  }
+  return files;
+}
+
+TEST(MdArrays, StatesAndRedundancyLeft) {
+  const MachineFolder::FileTable idle = {{"degraded", "0"}, {"sync_action", "idle"}};
+  const struct {
+    MachineFolder::FileTable files;
+    const char* line;
+  } rows[] = {
+      {Array("raid1", "2", idle, {"in_sync", "in_sync,writemostly"}), "md0 good 2"},
+      {Array("raid0", "2", {}, {"in_sync", "in_sync"}), "md0 good 2"},
+      {Array("raid1", "2", {{"degraded", "0"}, {"sync_action", "check"}, {"sync_completed", "1 / 4"}},
+             {"in_sync", "in_sync"}),
+       "md0 good 2: check running, 25.0 % done"},
+      {Array("raid1", "2", {{"degraded", "0"}, {"sync_action", "resync"}, {"sync_completed", "delayed"}},
+             {"in_sync", "in_sync"}),
+       "md0 warning 2: not redundant until its resync has ended, waits for another array"},
+      {Array("raid1", "2", {{"degraded", "1"}, {"sync_action", "idle"}}, {"in_sync"}),
+       "md0 critical 1: 1 of 2 members in sync, 2 expected; no redundancy is left; not rebuilding"},
+      {Array("raid6", "4", {{"degraded", "1"}, {"sync_action", "idle"}},
+             {"in_sync", "in_sync", "in_sync", "faulty"}),
+       "md0 warning 3: 3 of 4 members in sync, 4 expected; faulty: sdd; 1 more may fail; not rebuilding"},
+      {Array("raid5", "3", {{"degraded", "1"}, {"sync_action", "recover"}, {"sync_completed", "1 / 2"}},
+             {"in_sync", "in_sync", "spare"}),
+       "md0 warning 2: 2 of 3 members in sync, 3 expected; rebuilding (recover), 50.0 % done"},
+      {Array("raid5", "3", {{"degraded", "2"}, {"sync_action", "recover"}}, {"in_sync"}),
+       "md0 critical 1: 1 of 3 members in sync, 3 expected; more are missing than it can lose"},
+      // A member was taken out and the kernel's own count is behind.
+      {Array("raid1", "2", idle, {"in_sync"}),
+       "md0 critical 1: 1 of 2 members in sync, 2 expected; no redundancy is left; not rebuilding"},
+      {Array("raid5", "11 (10)", {{"degraded", "0"}, {"sync_action", "reshape"}},
+             {"in_sync", "in_sync", "in_sync", "in_sync", "in_sync", "in_sync", "in_sync", "in_sync",
+              "in_sync", "in_sync", "in_sync"}),
+       "md0 good 10: reshape running"},
+      {Array("raid1", "2", {{"array_state", "inactive"}}, {"spare"}),
+       "md0 critical 0: the array is inactive, active expected; 0 of 2 members in sync"},
+      {Array("raid0", "2", {{"array_state", "broken"}}, {"in_sync", "faulty"}),
+       "md0 critical 1: the array is broken, active expected; 1 of 2 members in sync; faulty: sdb"},
+      {Array("", "", {{"array_state", "inactive"}, {"metadata_version", "external:imsm"}},
+             {"spare", "spare"}),
+       "md0 inactive: a container: its disks are told with the arrays in it"},
+      {Array("raid1", "2", {{"array_state", "read-auto"}, {"degraded", "0"}, {"sync_action", "idle"}},
+             {"in_sync", "in_sync"}),
+       "md0 good 2: read-only (read-auto)"},
+  };
+  for (const auto& row : rows) {
+    MachineFolder machine(row.files);
+    MdProvider provider(machine.Factory(), kPatient);
+    EXPECT_EQ(Line(ReadAt(provider, 0)[0]), row.line);
+  }
+}
+
+TEST(MdArrays, MembersErrorsAndDescriptorsToWatch) {
+  MachineFolder machine(Array("raid6", "4", {{"degraded", "1"}, {"sync_action", "idle"}},
+                              {"in_sync", "faulty", "in_sync,want_replacement", "in_sync,someday", "spare"}));
+  MdProvider provider(machine.Factory(), kPatient);
+  auto lines = Lines(ReadAt(provider, 0));
+  lines.erase(lines.begin());
+  EXPECT_EQ(lines, (Texts{"md0/sda good", "md0/sdb critical: the array has thrown it out as faulty",
+                          "md0/sdc warning: the array wants it replaced after errors", "md0/sdd good",
+                          "md0/sde good: spare"}));
+  std::vector<pollfd> watched;
+  provider.Watch(watched);
+  EXPECT_EQ(watched.size(), 3u + 5u);
+  EXPECT_EQ(poll(watched.data(), watched.size(), 0), 0) << "nothing has changed";
+
+  machine.Write({{"/sys/block/md0/md/dev-sda/errors", "3"}});
+  EXPECT_EQ(Line(ReadAt(provider, 10)[1]),
+            "md0/sda warning: 3 new read errors, mended from other members; 0 expected");
+  EXPECT_TRUE(provider.Confirm(ObjectClass::RaidMember, "md0/sda"));
+  machine.Fail("/sys/block/md0/md/array_state", EIO);
+  lines = Lines(ReadAt(provider, 20));
+  EXPECT_EQ(lines[0], "md0 sensor-fault: cannot be read: array_state: Input/output error");
+  EXPECT_EQ(lines[1], "md0/sda good");
+  machine.Remove("/sys/block/md0");
+  EXPECT_TRUE(ReadAt(provider, 30).empty());
+}
+
+TEST(NvmeControllers, StatesAndPaths) {
+  MachineFolder machine;
+  NvmeProvider provider(machine.Files());
+  EXPECT_TRUE(ReadAt(provider, 0).empty());
+  const char* states[] = {"live", "connecting", "dead", "deleting (no IO)", "someday"};
+  for (std::size_t at = 0; at < std::size(states); ++at) {
+    const std::string folder = "/sys/class/nvme/nvme" + std::to_string(at);
+    machine.Write({{folder + "/state", states[at]}, {folder + "/subsysnqn", at < 2 ? "nqn.x" : ""}});
+  }
+  machine.Write({{"/sys/class/nvme/nvme0/serial", "S1 \n"}, {"/sys/class/nvme/nvme5/state", "live"}});
+  machine.Fail("/sys/class/nvme/nvme5/state", EIO);
+  const auto readings = ReadAt(provider, 5);
+  EXPECT_EQ(
+      Lines(readings),
+      (Texts{
+          "S1-nvme0 good",
+          "nvme1 warning: the connection is lost and is being made anew (its state is connecting, live expected)",
+          "nvme2 critical: does not answer any more and was given up (its state is dead, live expected)",
+          "nvme3 critical: is being taken away and does no I/O (its state is deleting (no IO), live expected)",
+          "nvme4 warning: its state is \"someday\", live expected",
+          "nvme5 sensor-fault: cannot be read: state: Input/output error"}));
+  EXPECT_EQ(readings[0].redundancy, (Redundancy{"nqn.x", 2, 1, 1}));
+  EXPECT_FALSE(readings[2].redundancy);
+}
+
+MachineFolder::FileTable Disk(const std::string& name, const MachineFolder::FileTable& attributes) {
+  MachineFolder::FileTable files = {{"/sys/block/" + name + "/size", "2048\n"},
+                                    {"/sys/block/" + name + "/device/uevent", ""}};
+  for (const auto& [attribute, text] : attributes) {
+    files.push_back({"/sys/block/" + name + "/" + attribute, text + "\n"});
+  }
+  return files;
+}
+
+TEST(Disks, WhatTheKernelTells) {
+  MachineFolder machine(
+      Disk("sda", {{"device/state", "running"}, {"device/ioerr_cnt", "0x10"}, {"device/wwid", "naa.1"}}));
+  machine.Write(Disk("sdb", {{"device/state", "offline"}, {"device/wwid", "naa.1"}}));
+  machine.Write(Disk("mmcblk0", {{"device/life_time", "0x02 0x0b"}, {"device/pre_eol_info", "0x01"}}));
+  machine.Write(Disk("mmcblk0boot0", {}));
+  machine.Write(Disk("nvme0c0n1", {}));
+  machine.Write(Disk("sdc", {{"removable", "1"}, {"size", "0"}}));
+  machine.Write(Disk("sdd", {{"size", "0"}}));
+  machine.Write(Disk("vda", {}));
+  machine.Write({{"/sys/block/loop0/size", "0"}});
+  DiskProvider provider(machine.Files());
+  EXPECT_EQ(Lines(ReadAt(provider, 0)),
+            (Texts{"mmcblk0 warning 1.0 MiB: it is beyond its expected life", "naa.1 good 1.0 MiB",
+                   "naa.1-sdb critical 1.0 MiB: its state is offline, running expected",
+                   "sdc inactive: no medium in it", "sdd critical 0 B: its size is 0 B, more expected",
+                   "vda good 1.0 MiB"}));
+  machine.Write({{"/sys/block/sda/device/ioerr_cnt", "0x19"}});
+  EXPECT_EQ(Line(ReadAt(provider, 10)[1]), "naa.1 good 1.0 MiB")
+      << "programs that try commands make some fail";
+  machine.Write({{"/sys/block/sda/device/ioerr_cnt", "0x1a"}});
+  EXPECT_EQ(Line(ReadAt(provider, 20)[1]),
+            "naa.1 warning 1.0 MiB: 10 commands failed in the last hour, less than 10 expected");
+  EXPECT_EQ(Line(ReadAt(provider, 3610)[1]), "naa.1 good 1.0 MiB");
+}
+
+}  // namespace
+}  // namespace emstatus::test
