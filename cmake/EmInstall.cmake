@@ -1,7 +1,11 @@
 # What `cmake --install` puts where. Component "sdk" alone is enough to compile a host.
 include(CMakePackageConfigHelpers)
 
+# With the prefix /usr it is /etc, outside of the prefix; emhost looks there too.
 set(EM_CONFIGURATION_DIR ${CMAKE_INSTALL_SYSCONFDIR}/em_status)
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(EM_CONFIGURATION_DIR ${CMAKE_INSTALL_FULL_SYSCONFDIR}/em_status)
+endif()
 set(EM_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/EmStatus)
 set(EM_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
@@ -9,9 +13,9 @@ install(TARGETS EM_STATUS LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT 
 if(EM_HOST)
   install(TARGETS emhost RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT host)
 endif()
-install(FILES etc/EM_STATUS.ini DESTINATION ${EM_CONFIGURATION_DIR} COMPONENT module)
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc FILES_MATCHING PATTERN "*.md")
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+install(FILES etc/EM_STATUS.ini DESTINATION ${EM_CONFIGURATION_DIR} COMPONENT configuration)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc FILES_MATCHING PATTERN "*.md")
+install(FILES README.md CONTRIBUTING.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
 
 # The SDK: headers, find_package(EmStatus), and emstatus.pc.
