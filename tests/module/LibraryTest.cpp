@@ -161,8 +161,8 @@ TEST(LibraryTest, FillsTheModuleInfo) {
   EXPECT_TRUE(module->GetModuleInfo(&info));
   EXPECT_EQ(info.capabilities8, 0x57);
   EXPECT_EQ(info.capabilities21, 0x57);
-  EXPECT_EQ(info.number26, 100U);
-  EXPECT_EQ(info.number42, 2U);
+  EXPECT_EQ(std::uint32_t{info.number26}, 100U);
+  EXPECT_EQ(std::uint32_t{info.number42}, 2U);
   EXPECT_EQ(std::string(info.name, sizeof info.name), std::string("EM_STATUS") + std::string(87, '\0'));
   EXPECT_EQ(std::string(info.description, sizeof info.description),
             std::string("STATUS extension module") + std::string(73, '\0'));
