@@ -56,8 +56,13 @@ class DeviceReads {
     return answers_;
   }
 
-  /// What is known from the last Read; asks nothing.
-  const std::map<std::string, DeviceAnswer<Sample>>& Last() const { return answers_; }
+  /// What is known by now of the devices of the last Read; asks nothing.
+  const std::map<std::string, DeviceAnswer<Sample>>& Collected() {
+    for (const auto& [key, slot] : slots_) {
+      Collect(key);
+    }
+    return answers_;
+  }
 
  private:
   struct Slot {

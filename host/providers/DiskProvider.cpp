@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -32,14 +33,29 @@ bool IsLeftOut(std::string_view name) {
 
 }  // namespace
 
-DiskProvider::DiskProvider(std::unique_ptr<SystemFiles> files) : files_(std::move(files)) {}
+DiskProvider::DiskProvider(const FilesFactory& makeFiles, std::shared_ptr<SmartReader> smart,
+                           std::chrono::milliseconds patience)
+    : files_(makeFiles()), smart_(std::move(smart)), drives_(makeFiles, patience) {}
 
 std::vector<Reading> DiskProvider::Read(const ReadContext& context) {
+  const std::map<std::string, DiskFacts> disks = ReadDisks();
+  if (smart_) {
+    AskDrives(disks, context.now);
+  }
+  std::vector<Reading> readings;
+  for (const auto& [name, disk] : disks) {
+    readings.push_back(JudgeDisk(disk, memories_[disk.identity], context.now));
+    AddSmart(readings.back(), name);
+  }
+  return readings;
+}
+
+std::map<std::string, DiskFacts> DiskProvider::ReadDisks() {
   const FileResult<std::vector<std::string>> names = files_->List(kFolder);
   if (!names && !IsGone(names.error)) {
     throw std::system_error(names.error, std::generic_category(), kFolder);
   }
-  std::vector<Reading> readings;
+  std::map<std::string, DiskFacts> disks;
   std::set<std::string> identities;
   for (const std::string& name : names.value) {
     if (IsLeftOut(name) || files_->List(kFolder + "/" + name + "/device").error != 0) {
@@ -55,9 +71,55 @@ std::vector<Reading> DiskProvider::Read(const ReadContext& context) {
       // A second path to the same disk.
       disk.identity += "-" + name;
     }
-    readings.push_back(JudgeDisk(disk, memories_[disk.identity], context.now));
+    disks.emplace(name, std::move(disk));
   }
-  return readings;
+  return disks;
+}
+
+void DiskProvider::AskDrives(const std::map<std::string, DiskFacts>& disks,
+                             DiskMemory::Clock::time_point now) {
+  std::map<std::string, DeviceReads<FileResult<SmartHealth>>::Take> takes;
+  for (const auto& [name, disk] : disks) {
+    if (IsAsked(name)) {
+      takes[name] = [smart = smart_, name](SystemFiles&) { return smart->Ask(name); };
+    }
+  }
+  std::erase_if(healths_, [&](const auto& entry) { return !takes.contains(entry.first); });
+  const bool isNew =
+      std::ranges::any_of(takes, [this](const auto& take) { return !healths_.contains(take.first); });
+  const bool isDue = !askedAt_ || now - *askedAt_ >= kSmartInterval;
+  const auto& answers = isNew || isDue ? drives_.Read(takes, now) : drives_.Collected();
+  if (isNew || isDue) {
+    askedAt_ = now;
+  }
+  for (const auto& [name, answer] : answers) {
+    Smart& known = healths_[name];
+    if (answer.sample) {
+      known.health = *answer.sample ? std::optional(answer.sample->value) : known.health;
+      known.error = answer.sample->error;
+    }
+  }
+}
+
+// Bridges of USB enclosures and the like are left alone: some take these commands badly.
+bool DiskProvider::IsAsked(const std::string& name) {
+  if (name.starts_with("nvme")) {
+    return true;
+  }
+  return name.starts_with("sd") &&
+         Trimmed(files_->ReadAttribute(kFolder + "/" + name + "/device/vendor").value) == "ATA";
+}
+
+void DiskProvider::AddSmart(Reading& reading, const std::string& name) {
+  const auto known = healths_.find(name);
+  if (known == healths_.end() || reading.quality != Quality::Good) {
+    return;
+  }
+  if (known->second.health) {
+    JudgeSmart(reading, *known->second.health);
+  } else if ((known->second.error == EACCES || known->second.error == EPERM) && reading.reason.empty()) {
+    reading.reason = "its own word on its health (SMART) may not be read: " + ErrorText(known->second.error);
+  }
 }
 
 DiskFacts DiskProvider::ReadDisk(const std::string& name) {

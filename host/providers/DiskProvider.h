@@ -2,20 +2,28 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "host/providers/DeviceReads.h"
 #include "host/providers/DiskJudge.h"
 #include "host/providers/Provider.h"
+#include "host/providers/SmartHealth.h"
 #include "host/providers/SystemFiles.h"
 
 namespace emstatus::host {
 
-/// Whole disks, as far as the kernel tells their health without asking them: nothing here wakes a sleeping
-/// disk.
+/// How often drives are asked for their own health.
+inline constexpr std::chrono::minutes kSmartInterval{30};
+
+/// Whole disks: what the kernel knows of them and, seldom, what they say of themselves. A sleeping disk is
+/// not woken.
 class DiskProvider final : public Provider {
  public:
-  explicit DiskProvider(std::unique_ptr<SystemFiles> files);
+  /// `smart` null: drives are not asked.
+  DiskProvider(const FilesFactory& makeFiles, std::shared_ptr<SmartReader> smart,
+               std::chrono::milliseconds patience = ReadLanes::kPatience);
 
   std::string_view Name() const override { return "disks"; }
   std::chrono::milliseconds Interval() const override { return std::chrono::seconds(10); }
@@ -24,10 +32,25 @@ class DiskProvider final : public Provider {
   bool Confirm(ObjectClass objectClass, const std::string& id) override;
 
  private:
+  /// What is known of a drive's own health.
+  struct Smart {
+    std::optional<SmartHealth> health;
+    int error = 0;
+  };
+
+  std::map<std::string, DiskFacts> ReadDisks();
+  void AskDrives(const std::map<std::string, DiskFacts>& disks, DiskMemory::Clock::time_point now);
+  void AddSmart(Reading& reading, const std::string& name);
+  bool IsAsked(const std::string& name);
   DiskFacts ReadDisk(const std::string& name);
   std::string IdentityOf(const std::string& folder);
 
   const std::unique_ptr<SystemFiles> files_;
+  const std::shared_ptr<SmartReader> smart_;
+  DeviceReads<FileResult<SmartHealth>> drives_;
+  std::optional<DiskMemory::Clock::time_point> askedAt_;
+  /// By the disk's name; of a drive that sleeps what it said last.
+  std::map<std::string, Smart> healths_;
   /// By the id of the disk's reading.
   std::map<std::string, DiskMemory> memories_;
 };

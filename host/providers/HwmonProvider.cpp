@@ -60,7 +60,7 @@ std::vector<Reading> HwmonProvider::Read(const ReadContext& context) {
   if (isDue) {
     askedAt_ = context.now;
   }
-  const auto& answers = isDue ? reads_.Read(Takes(context.now), context.now) : reads_.Last();
+  const auto& answers = isDue ? reads_.Read(Takes(context.now), context.now) : reads_.Collected();
   std::vector<Reading> readings;
   for (auto& [id, chip] : chips_) {
     std::ranges::move(Tell(chip, answers.at(id), context.now), std::back_inserter(readings));

@@ -24,6 +24,8 @@ std::vector<std::unique_ptr<Provider>> MakeLinuxProviders(const LinuxOptions& op
   const FilesFactory files = [sys = options.sysRoot, proc = options.procRoot] {
     return std::make_unique<RealFiles>(sys, proc);
   };
+  // Drives and systemd answer for the machine we run on, not for the copy of another.
+  const bool isThisMachine = options.sysRoot == "/sys" && options.procRoot == "/proc";
   std::vector<std::unique_ptr<Provider>> providers;
   for (const HwmonKind kind : {HwmonKind::Board, HwmonKind::Nvme, HwmonKind::Sata}) {
     providers.push_back(std::make_unique<HwmonProvider>(files, kind));
@@ -35,14 +37,14 @@ std::vector<std::unique_ptr<Provider>> MakeLinuxProviders(const LinuxOptions& op
   providers.push_back(std::make_unique<MemoryProvider>(files()));
   providers.push_back(std::make_unique<PressureProvider>(files()));
   providers.push_back(std::make_unique<NvmeProvider>(files()));
-  providers.push_back(std::make_unique<DiskProvider>(files()));
+  providers.push_back(std::make_unique<DiskProvider>(files, isThisMachine ? MakeSmartReader() : nullptr));
   providers.push_back(std::make_unique<MdProvider>(files));
   providers.push_back(std::make_unique<FilesystemProvider>(files, options.filesystems));
   providers.push_back(std::make_unique<NetworkProvider>(files(), options.requiredLinks));
   if (!options.requiredProcesses.empty()) {
     providers.push_back(std::make_unique<ProcessProvider>(files(), options.requiredProcesses));
   }
-  if (auto manager = MakeSystemdManager()) {
+  if (auto manager = isThisMachine ? MakeSystemdManager() : nullptr) {
     providers.push_back(std::make_unique<UnitProvider>(std::move(manager), options.requiredUnits));
   }
   return providers;

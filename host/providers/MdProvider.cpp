@@ -135,7 +135,7 @@ bool MdProvider::Confirm(ObjectClass objectClass, const std::string& id) {
 }
 
 void MdProvider::Watch(std::vector<pollfd>& descriptors) {
-  for (const auto& [name, answer] : reads_.Last()) {
+  for (const auto& [name, answer] : reads_.Collected()) {
     if (answer.sample) {
       for (const auto& descriptor : answer.sample->watched) {
         descriptors.push_back({*descriptor, POLLPRI, 0});

@@ -2,6 +2,7 @@
 #include <poll.h>
 
 #include <cerrno>
+#include <mutex>
 
 #include "host/providers/DiskProvider.h"
 #include "host/providers/MdProvider.h"
@@ -176,7 +177,7 @@ TEST(Disks, WhatTheKernelTells) {
   machine.Write(Disk("sdd", {{"size", "0"}}));
   machine.Write(Disk("vda", {}));
   machine.Write({{"/sys/block/loop0/size", "0"}});
-  DiskProvider provider(machine.Files());
+  DiskProvider provider(machine.Factory(), nullptr, kPatient);
   EXPECT_EQ(Lines(ReadAt(provider, 0)),
             (Texts{"mmcblk0 warning 1.0 MiB: it is beyond its expected life", "naa.1 good 1.0 MiB",
                    "naa.1-sdb critical 1.0 MiB: its state is offline, running expected",
@@ -189,6 +190,62 @@ TEST(Disks, WhatTheKernelTells) {
   EXPECT_EQ(Line(ReadAt(provider, 20)[1]),
             "naa.1 warning 1.0 MiB: 10 commands failed in the last hour, less than 10 expected");
   EXPECT_EQ(Line(ReadAt(provider, 3610)[1]), "naa.1 good 1.0 MiB");
+}
+
+TEST(SmartTexts, NvmeLogAndAtaRegisters) {
+  std::vector<std::uint8_t> page(512, 0);
+  EXPECT_EQ(ParseNvmeSmartLog(page), std::nullopt) << "a page that was never filled";
+  page[0] = 0x04;
+  page[3] = 90;
+  page[4] = 10;
+  page[5] = 101;
+  EXPECT_EQ(ParseNvmeSmartLog(page), (SmartHealth{false, 0x04, 90, 10, 101}));
+  page.pop_back();
+  EXPECT_EQ(ParseNvmeSmartLog(page), std::nullopt);
+
+  std::vector<std::uint8_t> sense = {0x72, 0x01, 0, 0x1D, 0, 0, 0,    14, 0x09, 12, 0,
+                                     0,    0,    0, 0,    0, 0, 0x4F, 0,  0xC2, 0,  0x50};
+  EXPECT_EQ(ParseAtaSmartStatus(sense), SmartHealth{});
+  sense[17] = 0xF4;
+  EXPECT_EQ(ParseAtaSmartStatus(sense), std::nullopt) << "half of an answer";
+  sense[19] = 0x2C;
+  EXPECT_TRUE(ParseAtaSmartStatus(sense)->predictsFailure);
+  sense[8] = 0;
+  EXPECT_EQ(ParseAtaSmartStatus(sense), std::nullopt);
+}
+
+class ScriptedSmart final : public SmartReader {
+ public:
+  FileResult<SmartHealth> Ask(const std::string& disk) override {
+    const std::lock_guard lock(lock_);
+    asked.push_back(disk);
+    return answers[disk];
+  }
+  std::mutex lock_;
+  std::map<std::string, FileResult<SmartHealth>> answers;
+  std::vector<std::string> asked;
+};
+
+TEST(Disks, WhatDrivesSayOfThemselvesAndSeldom) {
+  MachineFolder machine(Disk("sda", {{"device/vendor", "ATA     "}, {"device/state", "running"}}));
+  machine.Write(Disk("sdb", {{"device/vendor", "Generic"}}));
+  machine.Write(Disk("nvme0n1", {{"device/state", "live"}}));
+  auto smart = std::make_shared<ScriptedSmart>();
+  smart->answers["sda"].error = EPERM;
+  smart->answers["nvme0n1"].value = {false, 0, 5, 10, 3};
+  DiskProvider provider(machine.Factory(), smart, kPatient);
+  Texts lines = {
+      "nvme0n1 critical 1.0 MiB: 5 % of its spare blocks left, at least 10 % expected",
+      "sda good 1.0 MiB: its own word on its health (SMART) may not be read: Operation not permitted",
+      "sdb good 1.0 MiB"};
+  EXPECT_EQ(Lines(ReadAt(provider, 0)), lines);
+  smart->answers["sda"] = {{true, 0, {}, {}, {}}, 0};
+  EXPECT_EQ(Lines(ReadAt(provider, 1790)), lines);
+  EXPECT_EQ(smart->asked, (Texts{"nvme0n1", "sda"})) << "asked once, and no others";
+  lines[1] = "sda critical 1.0 MiB: the drive predicts its own failure (SMART)";
+  EXPECT_EQ(Lines(ReadAt(provider, 1800)), lines);
+  smart->answers["sda"] = {{}, ENODATA};
+  EXPECT_EQ(Lines(ReadAt(provider, 3600)), lines) << "a drive that sleeps is not better for it";
 }
 
 }  // namespace

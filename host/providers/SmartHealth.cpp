@@ -1,0 +1,91 @@
+#include "host/providers/SmartHealth.h"
+
+#include <algorithm>
+
+#include "host/providers/ValueText.h"
+
+namespace emstatus::host {
+namespace {
+
+constexpr std::size_t kNvmeLogBytes = 512;
+constexpr std::size_t kSenseBytes = 22;
+
+struct WarningRow {
+  std::uint8_t bit;
+  Condition condition;
+  const char* reason;
+};
+
+constexpr WarningRow kNvmeWarnings[] = {
+    {0x04, Condition::Critical,
+     "the drive says that it is no longer reliable after media or internal errors"},
+    {0x08, Condition::Critical, "the drive has made its media read-only"},
+    {0x01, Condition::Critical, "the drive has too few spare blocks left"},
+    {0x20, Condition::Critical, "the drive's persistent memory region has become read-only or unreliable"},
+    {0x10, Condition::Warning, "the backup of the drive's volatile memory has failed"},
+    {0x02, Condition::Warning, "the drive says that its temperature is beyond its limits"},
+};
+
+void Blame(Reading& reading, Condition condition, std::string reason, const char* advice) {
+  if (condition > reading.condition) {
+    reading.condition = condition;
+    reading.reason = std::move(reason);
+    reading.advice = advice;
+  }
+}
+
+}  // namespace
+
+std::optional<SmartHealth> ParseNvmeSmartLog(std::span<const std::uint8_t> page) {
+  if (page.size() < kNvmeLogBytes || std::ranges::all_of(page, [](std::uint8_t byte) { return byte == 0; })) {
+    return std::nullopt;
+  }
+  SmartHealth health;
+  health.criticalWarning = page[0];
+  health.spare = page[3];
+  health.spareNeeded = page[4];
+  health.lifeUsed = page[5];
+  return health;
+}
+
+std::optional<SmartHealth> ParseAtaSmartStatus(std::span<const std::uint8_t> sense) {
+  // Descriptor format, with the descriptor that returns ATA registers first.
+  if (sense.size() < kSenseBytes || (sense[0] & 0x7F) != 0x72 || sense[8] != 0x09) {
+    return std::nullopt;
+  }
+  const std::uint8_t middle = sense[17];
+  const std::uint8_t high = sense[19];
+  SmartHealth health;
+  if (middle == 0xF4 && high == 0x2C) {
+    health.predictsFailure = true;
+  } else if (middle != 0x4F || high != 0xC2) {
+    return std::nullopt;
+  }
+  return health;
+}
+
+void JudgeSmart(Reading& reading, const SmartHealth& health) {
+  constexpr char kReplace[] = "save its data and replace it";
+  if (health.predictsFailure) {
+    Blame(reading, Condition::Critical, "the drive predicts its own failure (SMART)", kReplace);
+  }
+  for (const WarningRow& row : kNvmeWarnings) {
+    if ((health.criticalWarning & row.bit) != 0) {
+      Blame(reading, row.condition, std::string(row.reason) + " (SMART)",
+            row.bit == 0x02 ? "look at the fans and the air flow" : kReplace);
+    }
+  }
+  if (health.spare && health.spareNeeded && *health.spare < *health.spareNeeded) {
+    Blame(reading, Condition::Critical,
+          Format("%u %% of its spare blocks left, at least %u %% expected", unsigned{*health.spare},
+                 unsigned{*health.spareNeeded}),
+          kReplace);
+  }
+  if (health.lifeUsed && *health.lifeUsed >= 100) {
+    Blame(reading, Condition::Warning,
+          Format("%u %% of its expected life used, less than 100 %% expected", unsigned{*health.lifeUsed}),
+          "plan to replace it");
+  }
+}
+
+}  // namespace emstatus::host
