@@ -4,10 +4,12 @@
 #include <iostream>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "host/commands/RunningHost.h"
 #include "host/view/Colours.h"
+#include "host/view/SimulationText.h"
 #include "host/view/TreeJson.h"
 #include "host/view/TreePrinter.h"
 
@@ -31,16 +33,18 @@ class Run {
   int Forever();
 
  private:
-  void HandleScan(std::uint32_t led);
+  void HandleScan(const Notice& notice);
   void HandleNotice(const Notice& notice);
   void Show(const Report& report) const;
   void Show(const StatusChange& change) const;
+  void ShowSimulation(const Notice& scanEnd);
 
   const RunOptions& options_;
   const bool colours_;
   RunningHost host_;
   StatusHistory history_;
   std::vector<StatusChange> pending_;
+  SimulationState simulation_;
   bool treeShown_ = false;
 };
 
@@ -87,13 +91,31 @@ int Run::Once() {
   return ExitCodeOf(0);
 }
 
+/// Tells what is simulated, before the events that come of it, when that is no longer what it was.
+void Run::ShowSimulation(const Notice& scanEnd) {
+  SimulationState simulation = host_.Simulation();
+  const bool same = std::exchange(simulation_, simulation) == simulation;
+  if (same || !treeShown_) {
+    return;
+  }
+  if (simulation.InForce()) {
+    // Knows which of the parts there are.
+    simulation = host_.MakeReport(scanEnd.led).simulation;
+  }
+  std::cout << (options_.json
+                    ? Dumped(SimulationEventJson(scanEnd.time, simulation, host_.Words()), -1)
+                    : InColour(SimulationEventText(scanEnd.time, simulation, host_.Words()), 2, colours_))
+            << std::endl;
+}
+
 /// Events come before the end of their scan, which is when the tree holds what they tell.
-void Run::HandleScan(std::uint32_t led) {
+void Run::HandleScan(const Notice& notice) {
+  ShowSimulation(notice);
   if (!treeShown_) {
-    Show(host_.MakeReport(led));
+    Show(host_.MakeReport(notice.led));
     treeShown_ = true;
   } else if (!pending_.empty()) {
-    const Report report = host_.MakeReport(led);
+    const Report report = host_.MakeReport(notice.led);
     for (StatusChange& change : pending_) {
       host_.Name(change, report.root);
       Show(change);
@@ -107,7 +129,7 @@ void Run::HandleNotice(const Notice& notice) {
     pending_.push_back(std::move(*change));
   }
   if (notice.kind == Notice::Kind::ScanEnd) {
-    HandleScan(notice.led);
+    HandleScan(notice);
   } else if (notice.kind == Notice::Kind::Changed && treeShown_) {
     host_.WakeUp();
   }

@@ -6,11 +6,13 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <string_view>
 
 #include "host/commands/DefaultPaths.h"
 #include "host/machine/ProviderMachine.h"
 #include "host/machine/ScenarioMachine.h"
+#include "host/view/SimulatedNodes.h"
 
 namespace emstatus::host {
 namespace {
@@ -55,29 +57,52 @@ RunningHost::RunningHost(const HostOptions& options) {
   words_ = StatusWords::FromFile("EM_STATUS.ini");
   SetTraceLevel(options.traceLevel);
 
-  host_ = std::make_unique<Host>(*machine_, *notices_);
+  // Ends what is over before the module can read it.
+  simulationWatch_ = std::make_unique<SimulationWatch>(SimulationFolder(folder));
+  simulation_ = std::make_unique<SimulationTracker>(SimulationFolder(folder));
+  FollowSimulation();
+  host_ = std::make_unique<Host>(
+      *machine_, *notices_,
+      Host::ScanObserver{[this] { simulation_->ScanBegins(); }, [this] { simulation_->ScanEnds(); }});
   library_ = std::make_unique<ModuleLibrary>(module);
   // A provider that is stuck may outlive all of this; it keeps the queue.
   machine_->Start([notices = notices_] { notices->Push(Notice{}); });
+  // Starting, the module reads the simulation file as well.
+  simulation_->ScanBegins();
   session_ = std::make_unique<ModuleSession>(library_->Module(), *host_, *machine_);
+  places_ = std::make_unique<ComponentPlaces>(*session_);
   static_cast<void>(machine_->WaitUntilRead(kFirstReading));
   session_->Run();
 }
 
 RunningHost::~RunningHost() {
+  places_.reset();
   session_.reset();
   library_.reset();
 }
 
 std::vector<Notice> RunningHost::Wait(std::optional<std::chrono::milliseconds> limit) {
-  std::array<pollfd, 2> descriptors{
-      {{notices_->Descriptor(), POLLIN, 0}, {signals_.Descriptor(), POLLIN, 0}}};
+  std::array<pollfd, 3> descriptors{{{notices_->Descriptor(), POLLIN, 0},
+                                     {signals_.Descriptor(), POLLIN, 0},
+                                     {simulationWatch_->Descriptor(), POLLIN, 0}}};
   const int timeout = limit ? int(std::max<std::int64_t>(limit->count(), 0)) : -1;
   if (poll(descriptors.data(), descriptors.size(), timeout) <= 0) {
     return {};
   }
   stopped_ = stopped_ || descriptors[1].revents != 0;
+  if (!stopped_ && descriptors[2].revents != 0) {
+    FollowSimulation();
+  }
   return stopped_ ? std::vector<Notice>{} : notices_->Take();
+}
+
+void RunningHost::FollowSimulation() {
+  if (simulationWatch_->Take() && session_) {
+    session_->WakeUp();
+  }
+  if (const auto failure = simulationWatch_->TakeFailure()) {
+    std::cerr << "emhost: " << *failure << std::endl;
+  }
 }
 
 Report RunningHost::MakeReport(std::uint32_t led) {
@@ -87,6 +112,11 @@ Report RunningHost::MakeReport(std::uint32_t led) {
   }
   Report report;
   report.root = ReadStatusTree(*text);
+  report.simulation = simulation_->State();
+  MarkSimulated(report.root, report.simulation,
+                [this](const auto& subsystem, const auto& component, auto index, auto cabinet) {
+                  return places_->InstanceId(subsystem, component, index, cabinet);
+                });
   DropAbsent(report.root);
   AttachObjects(report.root, *machine_, ModuleSession::kServerCabinet);
   report.systemStatus = session_->SystemStatus().value_or(0);
@@ -95,9 +125,14 @@ Report RunningHost::MakeReport(std::uint32_t led) {
 }
 
 void RunningHost::Name(StatusChange& change, const StatusNode& root) {
+  const SimulationState simulation = simulation_->State();
+  change.simulated = simulation.InForce();
   if (change.what != StatusChange::What::Instance) {
     return;
   }
+  change.simulated =
+      change.simulated && simulation.parts.contains(places_->InstanceIdAt(change.subsystem, change.component,
+                                                                          change.index, change.cabinet));
   change.subsystemName = session_->SubsystemName(change.subsystem);
   change.componentName = session_->ComponentName(change.subsystem, change.component);
   const StatusNode* node =

@@ -8,10 +8,13 @@
 #include "host/commands/HostOptions.h"
 #include "host/commands/StopSignals.h"
 #include "host/machine/Machine.h"
+#include "host/module/ComponentPlaces.h"
 #include "host/module/Host.h"
 #include "host/module/ModuleLibrary.h"
 #include "host/module/ModuleSession.h"
 #include "host/module/NoticeQueue.h"
+#include "host/simulation/SimulationTracker.h"
+#include "host/simulation/SimulationWatch.h"
 #include "host/view/Report.h"
 #include "host/view/StatusChange.h"
 #include "host/view/StatusWords.h"
@@ -23,7 +26,7 @@ std::unique_ptr<Machine> MakeMachine(const HostOptions& options);
 
 /// A module at work: machine, host, library and session, started by the constructor in this order and ended
 /// by the destructor in the opposite one. Changes into the configuration's folder, because the module looks
-/// there first. [main thread]
+/// there first. Follows the simulation file there, too. [main thread]
 class RunningHost {
  public:
   /// Throws a std::runtime_error that tells people what is wrong and what to do.
@@ -32,7 +35,8 @@ class RunningHost {
   RunningHost& operator=(const RunningHost&) = delete;
   ~RunningHost();
 
-  /// Waits for notices; empty when a stop signal or the end of `limit` came first.
+  /// Waits for notices; empty when a stop signal or the end of `limit` came first. May also return empty when
+  /// the simulation has changed.
   std::vector<Notice> Wait(std::optional<std::chrono::milliseconds> limit);
   bool Stopped() const { return stopped_; }
 
@@ -43,20 +47,28 @@ class RunningHost {
   /// gives no tree that can be read.
   Report MakeReport(std::uint32_t led);
 
-  /// Fills in names, and the object that an instance stands for, from the tree.
+  /// Fills in names, and the object that an instance stands for, from the tree, and whether it is simulated.
   void Name(StatusChange& change, const StatusNode& root);
+
+  /// What the last scan simulated.
+  SimulationState Simulation() const { return simulation_->State(); }
 
   const StatusWords& Words() const { return words_; }
 
  private:
+  void FollowSimulation();
+
   // In the order of their making
   StopSignals signals_;
   StatusWords words_;
   std::shared_ptr<NoticeQueue> notices_ = std::make_shared<NoticeQueue>();
   std::unique_ptr<Machine> machine_;
+  std::unique_ptr<SimulationWatch> simulationWatch_;
+  std::unique_ptr<SimulationTracker> simulation_;
   std::unique_ptr<Host> host_;
   std::unique_ptr<ModuleLibrary> library_;
   std::unique_ptr<ModuleSession> session_;
+  std::unique_ptr<ComponentPlaces> places_;
   bool stopped_ = false;
 };
 

@@ -38,6 +38,7 @@ Answer Host::Dispatch(const Request& request, std::chrono::milliseconds timeout)
     case ScanCommand::SignalCount:
       // The first step of each scan.
       machine_.OnScanBegin();
+      scans_.begins();
       return Answer::Of(kSignalCount);
     case ScanCommand::SignalPurpose:
       return request.object == kErrorLed ? Answer::Of(kPurposeErrorLed)
@@ -57,6 +58,7 @@ Answer Host::SetSignal(const Request& request) {
   if (request.object != kErrorLed || !value) {
     return Answer::Refusal(AnswerStatus::NotFound);
   }
+  scans_.ends();
   Notice notice;
   notice.kind = Notice::Kind::ScanEnd;
   notice.led = *value & 0xFF;

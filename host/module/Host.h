@@ -3,6 +3,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
+#include <utility>
 
 #include <emstatus/HostInterface.h>
 
@@ -19,8 +21,16 @@ class Host final : public HostInterface {
   /// There is one signal, the global error LED.
   static constexpr std::uint32_t kErrorLed = 0;
 
-  /// Both must outlive the host.
-  Host(Machine& machine, NoticeQueue& notices) : machine_(machine), notices_(notices) {}
+  /// What else is to be told of the module's scans, on the module's thread.
+  struct ScanObserver {
+    std::function<void()> begins = [] {};
+    /// The tree holds what the scan found.
+    std::function<void()> ends = [] {};
+  };
+
+  /// Machine and queue must outlive the host.
+  Host(Machine& machine, NoticeQueue& notices, ScanObserver scans)
+      : machine_(machine), notices_(notices), scans_(std::move(scans)) {}
 
   void SendCommand(CIExtensionModule* module, HostCommand& command, std::uint32_t zero) override;
   bool SendRequest(CIExtensionModule* module, HostCommand& command, std::uint32_t timeoutMs) override;
@@ -40,6 +50,7 @@ class Host final : public HostInterface {
 
   Machine& machine_;
   NoticeQueue& notices_;
+  const ScanObserver scans_;
   std::atomic<bool> closed_{false};
 };
 

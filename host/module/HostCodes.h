@@ -19,9 +19,12 @@ enum class ScanCommand : std::uint32_t {
 
 /// Events of the module, and the requests of the host that read the same things.
 enum class TreeCode : std::uint32_t {
+  SubsystemId = 0x2302,
   SubsystemName = 0x2304,
+  ComponentId = 0x2307,
   ComponentName = 0x2308,
   SystemStatus = 0x230F,
+  InstanceBaseName = 0x2310,
   InstanceId = 0x2321,
   InstanceStatus = 0x2322,
   InstanceName = 0x2324,

@@ -68,6 +68,24 @@ std::string ModuleSession::ComponentName(std::uint32_t subsystem, std::uint32_t 
   return AskText({std::uint32_t(TreeCode::ComponentName), subsystem, component, 0, std::nullopt});
 }
 
+std::string ModuleSession::SubsystemId(std::uint32_t subsystem) {
+  return AskText({std::uint32_t(TreeCode::SubsystemId), subsystem, 0, 0, std::nullopt});
+}
+
+std::string ModuleSession::ComponentId(std::uint32_t subsystem, std::uint32_t component) {
+  return AskText({std::uint32_t(TreeCode::ComponentId), subsystem, component, 0, std::nullopt});
+}
+
+std::string ModuleSession::InstanceBaseName(std::uint32_t subsystem, std::uint32_t component) {
+  return AskText({std::uint32_t(TreeCode::InstanceBaseName), subsystem, component, 0, std::nullopt});
+}
+
+std::string ModuleSession::InstanceId(std::uint32_t subsystem, std::uint32_t component, std::uint32_t index,
+                                      std::uint32_t cabinet) {
+  return AskText(
+      {std::uint32_t(TreeCode::InstanceId), subsystem << 16 | component, index, cabinet, std::nullopt});
+}
+
 std::string ModuleSession::InstanceName(std::uint32_t subsystem, std::uint32_t component, std::uint32_t index,
                                         std::uint32_t cabinet) {
   Request request{std::uint32_t(TreeCode::InstanceName), subsystem << 16 | component, index, cabinet,

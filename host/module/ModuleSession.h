@@ -41,6 +41,15 @@ class ModuleSession {
   std::string InstanceName(std::uint32_t subsystem, std::uint32_t component, std::uint32_t index,
                            std::uint32_t cabinet);
 
+  /// Names in the configuration; empty behind the last one.
+  std::string SubsystemId(std::uint32_t subsystem);
+  std::string ComponentId(std::uint32_t subsystem, std::uint32_t component);
+  /// The instance's ID; empty when the component as first defined has no such instance.
+  std::string InstanceId(std::uint32_t subsystem, std::uint32_t component, std::uint32_t index,
+                         std::uint32_t cabinet);
+  /// What IDs of its instances begin with.
+  std::string InstanceBaseName(std::uint32_t subsystem, std::uint32_t component);
+
  private:
   Answer Ask(const Request& request);
   std::string AskText(const Request& request);

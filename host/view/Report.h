@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "host/simulation/SimulationTracker.h"
 #include "host/view/StatusNode.h"
 
 namespace emstatus::host {
@@ -13,6 +14,8 @@ struct Report {
   std::uint32_t systemStatus = 0;
   /// The value of the error LED.
   std::uint32_t led = 0;
+  /// Nothing in force, or why a part of all this is not the machine's own.
+  SimulationState simulation;
 };
 
 }  // namespace emstatus::host

@@ -68,6 +68,9 @@ std::string ChangeText(const StatusChange& change, const StatusWords& words, boo
   std::string text = LocalText(change.time) + "  " + Subject(change) + ": " +
                      StateWord(change, change.before, words) + " -> " +
                      InColour(StateWord(change, change.now, words), colour, colours);
+  if (change.simulated) {
+    text += change.what == StatusChange::What::Instance ? " (simulated)" : " (parts are simulated)";
+  }
   const std::string remark = change.object ? RemarkOn(*change.object) : std::string();
   return remark.empty() ? text : text + "  (" + remark + ")";
 }
@@ -95,6 +98,9 @@ nlohmann::ordered_json ChangeJson(const StatusChange& change, const StatusWords&
   json["OldName"] = StateWord(change, change.before, words);
   json["New"] = change.now;
   json["NewName"] = StateWord(change, change.now, words);
+  if (change.simulated) {
+    json[change.what == StatusChange::What::Instance ? "Simulated" : "SimulatedParts"] = true;
+  }
   if (change.object) {
     json["Object"] = ObjectJson(*change.object);
   }

@@ -23,6 +23,8 @@ struct StatusChange {
   std::chrono::system_clock::time_point time;
   std::uint32_t before = 0;
   std::uint32_t now = 0;
+  /// The instance is simulated; of system and LED: some part is.
+  bool simulated = false;
 
   // Of an instance
   std::uint32_t subsystem = 0;

@@ -18,6 +18,8 @@ struct StatusNode {
   std::uint32_t cssStatus = 0;
   std::uint32_t nonCssStatus = 0;
   bool isCss = false;
+  /// The status is forced by a simulation.
+  bool simulated = false;
   /// The raw state; only leaves have one.
   std::optional<std::uint32_t> objectStatus;
   std::string associationKey;

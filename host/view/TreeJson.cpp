@@ -2,6 +2,7 @@
 
 #include "host/machine/Numbering.h"
 #include "host/machine/Utf8.h"
+#include "host/view/SimulationText.h"
 
 namespace emstatus::host {
 namespace {
@@ -45,6 +46,9 @@ ordered_json NodeJson(const StatusNode& node, const StatusWords& words) {
   json["Desig"] = node.designation;
   json["Status"] = node.status;
   json["StatusName"] = words.Of(node.status);
+  if (node.simulated) {
+    json["Simulated"] = true;
+  }
   json["CssStatus"] = node.cssStatus;
   json["NoCssStatus"] = node.nonCssStatus;
   json["IsCss"] = node.isCss ? 1 : 0;
@@ -100,6 +104,9 @@ ordered_json TreeJson(const Report& report, const StatusWords& words) {
   json["SystemStatus"] = report.systemStatus;
   json["SystemStatusName"] = words.Of(report.systemStatus);
   json["Led"] = report.led;
+  if (report.simulation.InForce()) {
+    json["Simulation"] = SimulationJson(report.simulation, words);
+  }
   json["Tree"] = NodeJson(report.root, words);
   return json;
 }

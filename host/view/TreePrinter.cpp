@@ -7,12 +7,14 @@
 #include "host/module/HostCodes.h"
 #include "host/view/Colours.h"
 #include "host/view/ObjectText.h"
+#include "host/view/SimulationText.h"
 
 namespace emstatus::host {
 namespace {
 
 constexpr std::size_t kIndent = 2;
 constexpr std::size_t kGap = 2;
+constexpr std::uint32_t kWarning = 2;
 
 struct Line {
   std::string name;
@@ -26,7 +28,7 @@ Line LineOf(const StatusNode& node, std::size_t depth, const StatusWords& words)
   Line line;
   line.name = std::string(depth * kIndent, ' ') + NodeName(node);
   line.status = node.status;
-  line.word = words.Of(node.status);
+  line.word = words.Of(node.status) + (node.simulated ? " (simulated)" : "");
   if (!node.object) {
     return line;
   }
@@ -90,6 +92,9 @@ std::string TreeText(const Report& report, const StatusWords& words, bool colour
   const std::uint32_t led = report.led & ~kLedCustomerServiceable;
   text += "\nSystem status: " + InColour(words.Of(report.systemStatus), report.systemStatus, colours) + "\n";
   text += "Error LED:     " + InColour(LedText(report.led, words.Of(led)), led, colours) + "\n";
+  if (report.simulation.InForce()) {
+    text += InColour(BannerText(report.simulation, words), kWarning, colours) + "\n";
+  }
   return text;
 }
 
