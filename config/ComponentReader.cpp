@@ -11,6 +11,8 @@
 namespace emstatus {
 namespace {
 
+constexpr std::uint32_t kMaxEntries = 262144;
+
 constexpr std::array<std::pair<const char*, Category>, 4> kCategories = {{
     {"Mandatory", Category::Mandatory},
     {"Optional", Category::Optional},
@@ -153,6 +155,12 @@ void ComponentReader::ReadMapEntries(ComponentDefinition& definition) {
   std::vector<std::string> keys;
   profile_.GetKeyNames(keys, section_.c_str());
   for (const std::string& key : keys) {
+    if (++entries_ > kMaxEntries) {
+      EM_TRACE(1,
+               "\nEM_STATUS (ReadCfg) : ## ERROR! More than %u entries in all components - \"%s\" ignored!",
+               kMaxEntries, key.c_str());
+      return;
+    }
     EM_TRACE(5, "\nEM_STATUS           :     checking entry \"%s\"...", key.c_str());
     if (key.starts_with("Status.")) {
       EM_TRACE(4, "\nEM_STATUS           :     found status map entry %s", key.c_str());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "config/ComponentDefinition.h"
@@ -9,8 +10,8 @@ namespace emstatus {
 
 class ProfileFile;
 
-/// Reads one "Component." section. Needs the status names of `configuration` and the configuration
-/// variables, both read before.
+/// Reads "Component." sections. Needs the status names of `configuration` and the configuration variables,
+/// both read before. Every look-up scans the file, so that what one configuration may ask for is bounded.
 class ComponentReader {
  public:
   ComponentReader(ProfileFile& profile, const StatusConfiguration& configuration,
@@ -36,6 +37,8 @@ class ComponentReader {
   const StatusConfiguration& configuration_;
   const ConfigVariables& variables_;
   std::string section_;
+  /// Map entries read so far.
+  std::uint32_t entries_ = 0;
 };
 
 }  // namespace emstatus

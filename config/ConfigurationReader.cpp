@@ -16,6 +16,9 @@ namespace {
 constexpr const char* kFileName = "EM_STATUS.ini";
 constexpr int kLayoutVersion = 4;
 
+/// Each costs a dozen scans of the file.
+constexpr std::uint32_t kMaxComponents = 16384;
+
 std::string TextOf(ProfileFile& profile, const std::string& section, const std::string& key,
                    const char* fallback = "") {
   std::string text;
@@ -152,11 +155,15 @@ void ConfigurationReader::ReadSystem(ProfileFile& profile, StatusConfiguration& 
            configuration.systemDesignation.c_str());
   EM_TRACE(2, "\n\nEM_STATUS           : Subsystems:              %s", subsystems.c_str());
   EM_TRACE(2, "\n\nEM_STATUS (ReadCfg) : Reading subsystems and their associated components...");
-  for (const std::string& name : SplitText(subsystems, ' ')) ReadSubsystem(profile, name, configuration);
+  ComponentReader reader(profile, configuration, variables_);
+  componentsListed_ = 0;
+  for (const std::string& name : SplitText(subsystems, ' ')) {
+    ReadSubsystem(profile, reader, name, configuration);
+  }
 }
 
-void ConfigurationReader::ReadSubsystem(ProfileFile& profile, const std::string& name,
-                                        StatusConfiguration& configuration) {
+void ConfigurationReader::ReadSubsystem(ProfileFile& profile, ComponentReader& reader,
+                                        const std::string& name, StatusConfiguration& configuration) {
   EM_TRACE(2, "\nEM_STATUS (ReadCfg) : found subsystem \"%s\"", name.c_str());
   const std::string section = "Subsystem." + name;
   SubsystemDefinition subsystem{name, TextOf(profile, section, "DisplayName"), {}};
@@ -171,15 +178,19 @@ void ConfigurationReader::ReadSubsystem(ProfileFile& profile, const std::string&
   if (components.empty()) return;
   EM_TRACE(2, "\nEM_STATUS           :   display name:   \"%s\"", subsystem.displayName.c_str());
   for (const std::string& component : SplitText(components, ' ')) {
-    ReadComponent(profile, component, configuration, subsystem);
+    if (++componentsListed_ > kMaxComponents) {
+      EM_TRACE(1, "\nEM_STATUS (ReadCfg) : ## ERROR! More than %u components listed - \"%s\" ignored!",
+               kMaxComponents, component.c_str());
+      break;
+    }
+    ReadComponent(reader, component, configuration, subsystem);
   }
   configuration.subsystems.push_back(std::move(subsystem));
 }
 
-void ConfigurationReader::ReadComponent(ProfileFile& profile, const std::string& name,
+void ConfigurationReader::ReadComponent(ComponentReader& reader, const std::string& name,
                                         StatusConfiguration& configuration, SubsystemDefinition& subsystem) {
   EM_TRACE(2, "\nEM_STATUS           : read component information for component \"%s\"", name.c_str());
-  ComponentReader reader(profile, configuration, variables_);
   ComponentDefinition primary;
   bool used = reader.ReadComponentEntry(name, primary);
   if (!used) {

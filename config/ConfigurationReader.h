@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -7,6 +8,7 @@
 
 namespace emstatus {
 
+class ComponentReader;
 class ProfileFile;
 
 /// Reads EM_STATUS.ini as a whole.
@@ -32,13 +34,15 @@ class ConfigurationReader {
   void ReadVariables(ProfileFile& profile);
   void ReadVariableSection(ProfileFile& profile, const std::string& section);
   void ReadSystem(ProfileFile& profile, StatusConfiguration& configuration);
-  void ReadSubsystem(ProfileFile& profile, const std::string& name, StatusConfiguration& configuration);
-  void ReadComponent(ProfileFile& profile, const std::string& name, StatusConfiguration& configuration,
-                     SubsystemDefinition& subsystem);
+  void ReadSubsystem(ProfileFile& profile, ComponentReader& reader, const std::string& name,
+                     StatusConfiguration& configuration);
+  static void ReadComponent(ComponentReader& reader, const std::string& name,
+                            StatusConfiguration& configuration, SubsystemDefinition& subsystem);
 
   FileLookup findFile_;
   ShutdownTest isShutdown_;
   ConfigVariables variables_;
+  std::uint32_t componentsListed_ = 0;
 };
 
 }  // namespace emstatus

@@ -1,6 +1,5 @@
 #include "status/SignalDevices.h"
 
-#include <algorithm>
 #include <optional>
 
 #include "data/CommandReply.h"
@@ -15,6 +14,9 @@ namespace {
 
 constexpr std::int32_t kIdentifySignal = 0;
 constexpr std::int32_t kGlobalErrorSignal = 1;
+
+/// A wrong count would hold the scan, and with it the shutdown.
+constexpr std::int32_t kMaxSignals = 256;
 
 std::optional<std::int32_t> Ask(HostLink& host, std::uint32_t operation, std::int32_t object) {
   OwnedCommand command({.operation = operation,
@@ -33,7 +35,13 @@ void SignalDevices::Find() {
     return;
   }
   EM_TRACE(3, "\nEM_STATUS (QUERY)   : -> %d signal objects detected", *count);
-  for (std::int32_t object = 0; object < std::min(*count, kNoObject); ++object) FindPurpose(object);
+  if (*count > kMaxSignals) {
+    EM_TRACE(1,
+             "\nEM_STATUS (QUERY)   : ## ERROR! More than %d signal objects can only be an error - ignored!",
+             kMaxSignals);
+    return;
+  }
+  for (std::int32_t object = 0; object < *count; ++object) FindPurpose(object);
 }
 
 void SignalDevices::FindPurpose(std::int32_t object) {

@@ -20,7 +20,7 @@ class SignalDevices {
   void Show(const StatusTreeNode& root);
 
  private:
-  /// No signal has this index or a higher one.
+  /// No signal has this index.
   static constexpr std::int32_t kNoObject = 0xFFFF;
 
   void FindPurpose(std::int32_t object);

@@ -7,6 +7,17 @@
 #include "platform/CDebugClient.h"
 
 namespace emstatus {
+namespace {
+
+/// Tells why a request could not even be given a status, where the reason is its index.
+void TraceRefusedIndex(const HostCommand& command) {
+  const CommandValue& commands = MemberOrEmpty(MemberOrEmpty(command.document, "SIP"), "CMD");
+  if (KindOf(commands) != CommandKind::Array || command.current < Elements(commands).size()) return;
+  EM_TRACE(1, "\nEM_STATUS (REQUEST) : ## ERROR! Command index %u is far beyond the %u commands - refused!",
+           command.current, static_cast<unsigned>(Elements(commands).size()));
+}
+
+}  // namespace
 
 constexpr RequestHandler::Operation RequestHandler::kOperations[] = {
     {0x2300, &RequestHandler::SubsystemCount},
@@ -53,7 +64,10 @@ const RequestHandler::Operation* RequestHandler::FindOperation(std::uint32_t cod
 bool RequestHandler::OnRequest(HostCommand& command) const {
   const std::uint32_t code = GetInt(command, "OC", 0);
   const Operation* operation = FindOperation(code);
-  SetStatus(command, operation == nullptr ? answer::kNotHandled : answer::kOpen);
+  if (!SetStatus(command, operation == nullptr ? answer::kNotHandled : answer::kOpen)) {
+    TraceRefusedIndex(command);
+    return false;
+  }
   if (operation == nullptr) return false;
   Request request{command,
                   code,
