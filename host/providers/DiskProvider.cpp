@@ -81,7 +81,7 @@ void DiskProvider::AskDrives(const std::map<std::string, DiskFacts>& disks,
   std::map<std::string, DeviceReads<FileResult<SmartHealth>>::Take> takes;
   for (const auto& [name, disk] : disks) {
     if (IsAsked(name)) {
-      takes[name] = [smart = smart_, name](SystemFiles&) { return smart->Ask(name); };
+      takes[name] = [smart = smart_, drive = name](SystemFiles&) { return smart->Ask(drive); };
     }
   }
   std::erase_if(healths_, [&](const auto& entry) { return !takes.contains(entry.first); });
