@@ -9,12 +9,13 @@
 namespace emstatus::host {
 namespace {
 
-/// Waits `delay`, or until the worker is to stop.
-void Delay(std::chrono::milliseconds delay, const std::stop_token& stop) {
+/// Waits; false when the worker is to stop before `delay` is over.
+bool Delay(std::chrono::milliseconds delay, const std::stop_token& stop) {
   std::mutex lock;
   std::condition_variable_any never;
   std::unique_lock guard(lock);
   never.wait_for(guard, stop, delay, [] { return false; });
+  return !stop.stop_requested();
 }
 
 Answer Special(const ScenarioAnswer& special, Answer usual) {
@@ -184,8 +185,7 @@ Answer ScenarioMachine::Ask(const Request& request, std::chrono::milliseconds ti
   const auto delay = delivery.answer == nullptr ? std::chrono::milliseconds(0) : delivery.answer->delay;
   const auto answer = delivery.lane->Call(
       [usual, delay](const std::stop_token& stop) {
-        Delay(delay, stop);
-        return usual;
+        return Delay(delay, stop) ? usual : Answer::Refusal(AnswerStatus::Failed);
       },
       timeout);
   return answer.value_or(Answer::Refusal(AnswerStatus::Failed));

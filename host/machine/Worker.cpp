@@ -55,6 +55,7 @@ struct Worker::State {
     }
     auto job = jobs.front();
     jobs.pop_front();
+    busy = true;
     return job;
   }
 
@@ -72,6 +73,9 @@ struct Worker::State {
   std::mutex lock;
   std::condition_variable changed;
   std::deque<std::shared_ptr<PendingJob>> jobs;
+  /// At a job or at the task.
+  bool busy = false;
+  /// Somebody has waited in vain for what the worker is busy with.
   bool overdue = false;
   bool hurry = false;
   bool ended = false;
@@ -94,7 +98,7 @@ void Worker::State::RunJobs() {
       // The asker learns of it by the status; there is nobody else to tell.
     }
     const std::lock_guard guard(lock);
-    overdue = false;
+    busy = overdue = false;
     if (!job->abandoned) {
       job->answer = std::move(answer);
       changed.notify_all();
@@ -106,13 +110,11 @@ void Worker::State::RunTask() {
   const auto now = Clock::now();
   {
     const std::lock_guard guard(lock);
-    if (hurry) {
-      nextRun = now;
-      hurry = false;
+    if (!task.run || (now < nextRun && !hurry)) {
+      return;
     }
-  }
-  if (!task.run || now < nextRun) {
-    return;
+    hurry = false;
+    busy = true;
   }
   lastRun = now;
   nextRun = now + task.interval;
@@ -122,7 +124,7 @@ void Worker::State::RunTask() {
     task.watch(watched);
   }
   const std::lock_guard guard(lock);
-  overdue = false;
+  busy = overdue = false;
 }
 
 void Worker::State::Wait() {
@@ -183,8 +185,8 @@ std::optional<Answer> Worker::Call(Job job, std::chrono::milliseconds timeout) {
                              [&] { return pending->answer.has_value() || state_->stop.stop_requested(); });
   if (!pending->answer) {
     pending->abandoned = true;
-    // Whatever keeps the worker, this job or the one before it, keeps it from the next one too.
-    state_->overdue = true;
+    // Whatever keeps the worker, this job or what came before it, keeps it from the next one too.
+    state_->overdue = state_->busy;
     std::erase(state_->jobs, pending);
   }
   return std::move(pending->answer);

@@ -1,80 +1,15 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
 #include <chrono>
 
 #include <nlohmann/json.hpp>
 
+#include "tests/host/EmhostProcess.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace emstatus::test {
 namespace {
-
-/// The program as people run it, with its standard output and error in one pipe.
-class Process {
- public:
-  explicit Process(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), EMHOST_PROGRAM);
-    std::array<int, 2> pipe{};
-    EXPECT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0);
-    id_ = fork();
-    if (id_ == 0) {
-      std::vector<char*> raw;
-      for (std::string& argument : arguments) {
-        raw.push_back(argument.data());
-      }
-      raw.push_back(nullptr);
-      dup2(pipe[1], STDOUT_FILENO);
-      dup2(pipe[1], STDERR_FILENO);
-      execv(raw[0], raw.data());
-      _exit(127);
-    }
-    close(pipe[1]);
-    output_ = pipe[0];
-  }
-  Process(const Process&) = delete;
-  Process& operator=(const Process&) = delete;
-  ~Process() {
-    close(output_);
-    if (!ended_) {
-      kill(id_, SIGKILL);
-      waitpid(id_, nullptr, 0);
-    }
-  }
-
-  /// Reads until `text` has been written or the program has ended.
-  bool WaitFor(const std::string& text) {
-    std::array<char, 4096> bytes{};
-    while (written_.find(text) == std::string::npos) {
-      const ssize_t count = read(output_, bytes.data(), bytes.size());
-      if (count <= 0) {
-        return false;
-      }
-      written_.append(bytes.data(), std::size_t(count));
-    }
-    return true;
-  }
-  void Signal(int number) { kill(id_, number); }
-  int ExitCode() {
-    while (WaitFor(std::string("\0never", 6))) {
-    }
-    int status = 0;
-    waitpid(id_, &status, 0);
-    ended_ = true;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-  const std::string& Written() const { return written_; }
-
- private:
-  pid_t id_ = -1;
-  int output_ = -1;
-  bool ended_ = false;
-  std::string written_;
-};
 
 class EmhostTest : public testing::Test {
  protected:
@@ -115,14 +50,14 @@ TEST_F(EmhostTest, OnceShowsTheTreeAndExitsByTheStatus) {
        "NoStatus"},
   };
   for (const auto& row : rows) {
-    Process emhost(Arguments(row.objects, {"--once"}));
+    EmhostProcess emhost(Arguments(row.objects, {"--once"}));
     EXPECT_EQ(emhost.ExitCode(), row.code) << emhost.Written();
     EXPECT_NE(emhost.Written().find(row.line), std::string::npos) << emhost.Written();
   }
 }
 
 TEST_F(EmhostTest, OnceAsJson) {
-  Process emhost(
+  EmhostProcess emhost(
       Arguments(R"({"class": "temperature", "name": "Inlet", "value": 23})", {"--once", "--json"}));
   EXPECT_EQ(emhost.ExitCode(), 0);
   const auto json = nlohmann::json::parse(emhost.Written());
@@ -133,7 +68,7 @@ TEST_F(EmhostTest, RunShowsEventsAndStopsOnASignal) {
   const std::string story = R"({"class": "temperature", "name": "CPU", "story": [{"at": 1},
     {"at": 2, "condition": "critical", "reason": "95 degrees"}]})";
   for (const int signal : {SIGINT, SIGTERM}) {
-    Process emhost(Arguments(story, {}, R"("rescanSeconds": 0.05, )"));
+    EmhostProcess emhost(Arguments(story, {}, R"("rescanSeconds": 0.05, )"));
     ASSERT_TRUE(emhost.WaitFor("Sensors, CPU: Fine -> Error  (95 degrees)\n")) << emhost.Written();
     EXPECT_TRUE(emhost.WaitFor("System: Fine -> Error\n")) << emhost.Written();
     EXPECT_TRUE(emhost.WaitFor("Error LED: Fine -> Error\n")) << emhost.Written();
@@ -143,9 +78,9 @@ TEST_F(EmhostTest, RunShowsEventsAndStopsOnASignal) {
 }
 
 TEST_F(EmhostTest, StopsAtOnceWhileAnAnswerIsAwaited) {
-  Process emhost(Arguments(R"({"class": "temperature", "name": "a", "story": [{"at": 1},
+  EmhostProcess emhost(Arguments(R"({"class": "temperature", "name": "a", "story": [{"at": 1},
     {"at": 2, "answers": [{"delaySeconds": 600}]}]})",
-                           {}, R"("rescanSeconds": 0.05, )"));
+                                 {}, R"("rescanSeconds": 0.05, )"));
   ASSERT_TRUE(emhost.WaitFor("Error LED:")) << emhost.Written();
   const auto begin = std::chrono::steady_clock::now();
   emhost.Signal(SIGTERM);
@@ -171,7 +106,7 @@ TEST_F(EmhostTest, SaysWhatIsWrong) {
       {{"walk"}, "subcommand"},
   };
   for (const auto& row : rows) {
-    Process emhost(row.arguments);
+    EmhostProcess emhost(row.arguments);
     EXPECT_EQ(emhost.ExitCode(), 3) << emhost.Written();
     EXPECT_NE(emhost.Written().find(row.message), std::string::npos) << emhost.Written();
   }
