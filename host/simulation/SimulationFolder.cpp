@@ -11,6 +11,7 @@
 #include <cstring>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace emstatus::host {
 namespace {
@@ -93,12 +94,18 @@ void SyncFolder(const std::string& folder) {
   }
 }
 
-void WriteFile(const std::string& folder, const std::string& path, const std::string& text) {
-  std::string temporary = path + ".XXXXXX";
-  const int number = mkostemp(temporary.data(), O_CLOEXEC);
+/// An empty file beside `path`, its name and descriptor.
+std::pair<std::string, int> NewFile(const std::string& folder, const std::string& path) {
+  std::string name = path + ".XXXXXX";
+  const int number = mkostemp(name.data(), O_CLOEXEC);
   if (number < 0) {
     Throw(errno, "cannot write in " + folder);
   }
+  return {std::move(name), number};
+}
+
+void WriteFile(const std::string& folder, const std::string& path, const std::string& text) {
+  const auto [temporary, number] = NewFile(folder, path);
   int error = 0;
   {
     const Descriptor file(number);
@@ -159,12 +166,15 @@ bool SimulationFolder::RemoveIf(const std::string& text) const {
     return false;
   }
   // Taken away first and looked at then, so that no newer simulation is removed by mistake.
-  const std::string taken = path_ + "." + std::to_string(getpid()) + ".ended";
+  const auto [taken, number] = NewFile(folder_, path_);
+  close(number);
   if (rename(path_.c_str(), taken.c_str()) != 0) {
-    if (errno == ENOENT) {
+    const int error = errno;
+    unlink(taken.c_str());
+    if (error == ENOENT) {
       return false;
     }
-    Throw(errno, "cannot remove " + path_);
+    Throw(error, "cannot remove " + path_);
   }
   const bool same = ReadFile(taken) == text;
   if (!same && renameat2(AT_FDCWD, taken.c_str(), AT_FDCWD, path_.c_str(), RENAME_NOREPLACE) != 0 &&
