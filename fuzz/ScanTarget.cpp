@@ -12,21 +12,30 @@
 namespace emstatus::fuzz {
 namespace {
 
-/// Counts above this cost time and show nothing new, up to the one that is refused.
+/// Counts above this cost time and show nothing new, up to those that are refused.
 constexpr std::int32_t kCountMask = 0x0F;
-constexpr std::int32_t kRefused = 65537;
 
-bool IsInstanceCount(std::uint32_t operation) {
-  return operation == 0x106 || operation == 0x10B || operation == 0x110;
+/// The first count that is refused as an answer to `operation`; 0 when it asks for no count.
+std::int32_t RefusedCount(std::uint32_t operation) {
+  switch (operation) {
+    case 0x1030:
+      return 257;
+    case 0x106:
+    case 0x10B:
+    case 0x110:
+      return 65537;
+    default:
+      return 0;
+  }
 }
 
 void Answer(ByteSource& source, HostCommand& command) {
-  const std::uint32_t operation = GetInt(command, "OC", 0);
+  const std::int32_t refused = RefusedCount(GetInt(command, "OC", 0));
   AnswerFromBytes(source, command);
   const std::int32_t count = ReadReply(command).number.value_or(0);
-  const bool isSignalCount = operation == 0x1030;
-  if (count <= kCountMask || !(isSignalCount || (IsInstanceCount(operation) && count < kRefused))) return;
-  SetDataWord(command, static_cast<std::uint32_t>(count & kCountMask));
+  if (count > kCountMask && count < refused) {
+    SetDataWord(command, static_cast<std::uint32_t>(count & kCountMask));
+  }
 }
 
 }  // namespace
