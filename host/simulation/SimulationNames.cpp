@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::size_t kNamesTold = 3;
 constexpr long kLargestStatus = 255;
-constexpr std::string_view kDigits = "0123456789";
 
 std::vector<std::string> SplitAtBlanks(std::string_view text) {
   std::vector<std::string> words;
