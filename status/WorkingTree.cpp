@@ -60,7 +60,7 @@ std::string WorkingTree::IdOf(const StatusTreeNode& parent, const std::string& n
   for (auto taken = nodes_.find(id);
        taken != nodes_.end() && !taken->second.id.empty() && taken->second.parentId != parent.id;
        taken = nodes_.find(id)) {
-    id = parent.id + "/" + id;
+    id.insert(0, parent.id + '/');
   }
   return id;
 }

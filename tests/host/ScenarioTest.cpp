@@ -86,7 +86,7 @@ TEST(ScenarioMachine, StoryGoesOnWithTheScans) {
   auto machine = Machine(R"({"class": "fan", "name": "a", "unit": "RPM", "limits": {"lowerCritical": 600},
     "story": [{"at": 1, "value": 900}, {"at": 3, "value": 0}, {"at": 4, "quality": "lost", "reason": "gone"}]})",
                          R"("repeatAfter": 4, )");
-  for (const std::uint32_t state : {0, 0, 2, 14, 0, 0, 2}) {
+  for (const std::uint32_t state : {0U, 0U, 2U, 14U, 0U, 0U, 2U}) {
     machine.OnScanBegin();
     EXPECT_EQ(Ask(machine, 0x0102, Question::State), Answer::Of(state));
   }
