@@ -13,7 +13,7 @@
 namespace emstatus {
 namespace {
 
-constexpr const char* kFileName = "EM_STATUS.ini";
+constexpr const char* kConfigurationFile = "EM_STATUS.ini";
 constexpr int kLayoutVersion = 4;
 
 /// Each costs a dozen scans of the file.
@@ -61,11 +61,11 @@ bool ConfigurationReader::OpenAndIdentify(const std::string& path, ProfileFile& 
   }
   layoutVersion = profile.GetInt("Info", "LayoutVersion", 0);
   const std::string fileName = TextOf(profile, "Info", "Filename");
-  if (fileName != kFileName) {
+  if (fileName != kConfigurationFile) {
     EM_TRACE(
         1,
         "\nEM_STATUS (ReadCfg) : ## FATAL ERROR! Illegal configuration file name found; expected \"%s\", found \"%s\".\n",
-        kFileName, fileName.c_str());
+        kConfigurationFile, fileName.c_str());
     return false;
   }
   if (layoutVersion != kLayoutVersion) {

@@ -9,7 +9,7 @@
 namespace emstatus {
 namespace {
 
-constexpr const char* kFileName = "EM_STATUS_simu.ini";
+constexpr const char* kSimulationFile = "EM_STATUS_simu.ini";
 
 }  // namespace
 
@@ -41,7 +41,7 @@ std::optional<SimulationEntry> Simulation::Find(std::string_view name) const {
 
 Simulation::Reading Simulation::ReadFile() {
   ProfileFile profile;
-  if (!profile.Open(kFileName, 1)) return {};
+  if (!profile.Open(kSimulationFile, 1)) return {};
   Table table;
   {
     const MutexGuard guard(lock_);
@@ -64,7 +64,7 @@ Simulation::Reading Simulation::ReadFile() {
 bool Simulation::IsActive(ProfileFile& profile) {
   std::string fileName;
   profile.GetString(fileName, "Info", "Filename", "");
-  if (fileName != kFileName) {
+  if (fileName != kSimulationFile) {
     EM_TRACE(
         1,
         "\n\nEM_STATUS (ReadSimu): ## ERROR! Error simulation file is probably not a correct simulation file - file not used!\n");

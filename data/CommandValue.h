@@ -26,6 +26,11 @@ inline CommandKind KindOf(const CommandValue& value) noexcept {
   return static_cast<CommandKind>(value.tag & 0xFF);
 }
 
+/// Whether it holds other values.
+inline bool IsContainer(const CommandValue& value) noexcept {
+  return KindOf(value) == CommandKind::Object || KindOf(value) == CommandKind::Array;
+}
+
 /// One null value for everybody, to stand in where nothing is found.
 const CommandValue& EmptyValue() noexcept;
 

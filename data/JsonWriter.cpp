@@ -91,10 +91,6 @@ char* EscapeInto(char* out, std::string_view text) {
   return out;
 }
 
-bool IsContainer(const CommandValue& value) {
-  return KindOf(value) == CommandKind::Object || KindOf(value) == CommandKind::Array;
-}
-
 bool IsWritten(const CommandValue& value) {
   return KindOf(value) <= CommandKind::Number;
 }

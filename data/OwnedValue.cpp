@@ -26,10 +26,6 @@ struct Run {
   std::uint64_t count = 0;
 };
 
-bool IsContainer(const CommandValue& value) {
-  return KindOf(value) == CommandKind::Object || KindOf(value) == CommandKind::Array;
-}
-
 Run RunOf(const CommandValue& container) {
   if (KindOf(container) == CommandKind::Array) {
     const CommandArray& array = container.array;

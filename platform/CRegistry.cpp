@@ -8,6 +8,7 @@
 
 #include "platform/CDebugClient.h"
 #include "platform/FileDescriptor.h"
+#include "platform/NullableText.h"
 #include "platform/RegistryFile.h"
 
 namespace emstatus {
@@ -20,10 +21,6 @@ constexpr const char* kRootKeys[] = {"HKEY_LOCAL_MACHINE", "HKEY_CURRENT_USER", 
 constexpr const char* kHostKey =
     "SYSTEM\\CurrentControlSet\\Control\\UUID\\5E0D2A47-93C1-4B8E-A6F2-1D7C3B9E8F40";
 constexpr mode_t kMode = 0644;
-
-const char* OrEmpty(const char* text) {
-  return text != nullptr ? text : "";
-}
 
 std::vector<std::string> Split(std::string_view path) {
   std::vector<std::string> names;

@@ -24,7 +24,7 @@ std::string_view TrimRight(std::string_view text) {
 }
 
 /// What of a line counts: without comment, surrounding blanks, and anything after a zero byte.
-std::string_view Content(std::string_view line) {
+std::string_view ReadContent(std::string_view line) {
   line = line.substr(0, line.find('\0'));
   return TrimRight(TrimLeft(line.substr(0, line.find(';'))));
 }
@@ -79,7 +79,7 @@ class Output {
 void ListSections(ProfileLineReader& reader, Output& output) {
   std::string_view line;
   while (!output.IsFull() && reader.NextHeader(line)) {
-    const std::string_view content = Content(line);
+    const std::string_view content = ReadContent(line);
     const std::size_t close = content.find(']');
     if (close != std::string_view::npos) output.AddEntry(content.substr(1, close - 1));
   }
@@ -100,7 +100,7 @@ template <typename Use>
 void ReadEntries(ProfileLineReader& reader, Use use) {
   std::string_view line;
   while (reader.Next(line)) {
-    const std::string_view content = Content(line);
+    const std::string_view content = ReadContent(line);
     if (content.starts_with('[')) return;
     const std::size_t equals = content.find('=');
     if (equals == std::string_view::npos) continue;

@@ -38,7 +38,7 @@ struct Finding {
 
 /// What a line says when it is changed. Unlike in reading, blanks in front count, and the last character is
 /// taken to be the line feed, also where the file ends without one.
-std::string_view Content(std::string_view line) {
+std::string_view ChangedContent(std::string_view line) {
   line.remove_suffix(1);
   return line.substr(0, line.find('\0'));
 }
@@ -66,7 +66,7 @@ class PlaceFinder {
   Finding Find(ProfileLineReader& reader) {
     std::string_view line;
     while (reader.Next(line)) {
-      const std::string_view content = Content(line);
+      const std::string_view content = ChangedContent(line);
       if (content.empty() || content.front() == ';') continue;
       if (content.front() == '[') {
         if (inside_) return AtNextHeader(reader.LineStart());

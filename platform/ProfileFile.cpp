@@ -8,6 +8,7 @@
 #include <new>
 
 #include "platform/FileDescriptor.h"
+#include "platform/NullableText.h"
 #include "platform/PrivateProfile.h"
 
 namespace emstatus {
@@ -17,10 +18,6 @@ namespace {
 constexpr std::uint32_t kBufferStep = 1024;
 constexpr std::uint32_t kLargestBuffer = 65535;
 constexpr std::size_t kNumberBuffer = 32;
-
-const char* OrEmpty(const char* text) {
-  return text != nullptr ? text : "";
-}
 
 }  // namespace
 

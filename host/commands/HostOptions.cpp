@@ -4,10 +4,9 @@ namespace emstatus::host {
 namespace {
 
 constexpr int kHighestTraceLevel = 9;
-const char* const kScenarioPrefix = "scenario:";
 
 std::string CheckProvider(const std::string& text) {
-  const bool scenario = text.rfind(kScenarioPrefix, 0) == 0 && text != kScenarioPrefix;
+  const bool scenario = text.starts_with(kScenarioPrefix) && text != kScenarioPrefix;
   return text == "linux" || scenario ? std::string()
                                      : "expected linux or scenario:FILE, found \"" + text + "\"";
 }

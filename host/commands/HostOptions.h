@@ -1,12 +1,16 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include <CLI/CLI.hpp>
 
 #include "host/providers/LinuxProviders.h"
 
 namespace emstatus::host {
+
+/// What a scenario's file stands behind in --provider.
+inline constexpr std::string_view kScenarioPrefix = "scenario:";
 
 /// What every command that runs a module can be told.
 struct HostOptions {

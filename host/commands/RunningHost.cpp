@@ -17,8 +17,6 @@
 namespace emstatus::host {
 namespace {
 
-constexpr std::string_view kScenarioPrefix = "scenario:";
-
 /// A slow device may still be unread when the first scan begins; it then appears in a later one.
 constexpr std::chrono::milliseconds kFirstReading{3000};
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view kSection = "[StatusMapping]";
 constexpr std::string_view kSpace = " \t\r";
-constexpr std::uint32_t kLargestStatus = 255;
+constexpr std::uint32_t kLargestStatusWord = 255;
 
 std::string_view Trimmed(std::string_view text) {
   const std::size_t first = text.find_first_not_of(kSpace);
@@ -58,7 +58,7 @@ StatusWords::StatusWords(std::string_view configurationText) {
     const std::string_view value = Trimmed(line.substr(equals + 1));
     std::uint32_t status = 0;
     const auto [after, error] = std::from_chars(value.data(), value.data() + value.size(), status);
-    if (error == std::errc() && status <= kLargestStatus) {
+    if (error == std::errc() && status <= kLargestStatusWord) {
       names_[status] = CleanUtf8(Trimmed(line.substr(0, equals)));
     }
   }
