@@ -57,7 +57,6 @@ NodeMap SystemScan::CopyTree() const {
   EM_TRACE(
       4,
       "\n\nEM_STATUS (QUERY)   :   copy status tree map to temporary map to avoid requesting inconsistent values during a scan cycle");
-  if (published_ != configuration_) return {};
   return context_.tree.Current()->nodes;
 }
 
@@ -216,7 +215,6 @@ StatusValue SystemScan::Publish(Progress& progress) {
   snapshot.nodes = std::move(progress.tree.Nodes());
   const StatusValue system = snapshot.system;
   context_.tree.Publish(std::move(snapshot));
-  published_ = configuration_;
   return system;
 }
 

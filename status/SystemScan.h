@@ -36,7 +36,9 @@ struct ScanContext {
 };
 
 /// One scan after another of the whole system: asks for every component, publishes the tree, fires the
-/// events and drives the global error LED. [polling thread]
+/// events and drives the global error LED. Another configuration goes on with the same tree: what did not
+/// change is not reported anew, and what is no longer configured stays, with its statuses cleared.
+/// [polling thread]
 class SystemScan {
  public:
   explicit SystemScan(const ScanContext& context)
@@ -85,8 +87,6 @@ class SystemScan {
   /// What the states below belong to; null before the first scan.
   std::shared_ptr<const StatusConfiguration> configuration_;
   std::map<std::string, ComponentState, std::less<>> components_;
-  /// What the published tree was made by; another configuration begins with a new tree.
-  std::shared_ptr<const StatusConfiguration> published_;
   /// As it was last reported.
   StatusValue systemStatus_ = NoStatus;
 };

@@ -266,6 +266,41 @@ TEST_F(ModuleTest, StartingAgainReplacesTheConfiguration) {
       << "a file that cannot be used replaces nothing";
 }
 
+TEST_F(ModuleTest, StartingAgainKeepsTheTreeAndReportsOnlyWhatIsNew) {
+  SetLevel("1");
+  const auto section = [](const char* name) {
+    return std::string("[Component.") + name + "]\nDisplayName=" + name + "\nNrInstancesRequest=" +
+           "<CMD Context=\"TRIQ\" OC=\"1\"/>\nStatusRequest=<CMD Context=\"TRIQ\" OC=\"1\"/>\nStatus.1=Error 1\n";
+  };
+  Configure("Components=A B\n" + section("A") + section("B"));
+  ScriptedHost host("1: number 1\n");
+  EM_Status module;
+  host.onRequest = [&](std::uint32_t operation, int scan) {
+    if (operation != 0x1030) return;
+    if (scan == 1) Configure("Components=A C\n" + section("A") + section("C"));
+    if (scan < 4) module.Start(&host, 0);
+    if (scan == 4) module.OnNotification(HWN_SWITCH_SHUTDOWN, 0, nullptr);
+  };
+  ASSERT_TRUE(module.Start(&host, 0));
+  module.StartThreads();
+  EXPECT_TRUE(Trace().WaitFor("EXIT Thread Status"));
+  module.Stop();
+  std::vector<std::string> events = Trace().Take();
+  std::erase_if(events, [](const std::string& line) { return !line.starts_with("@ event"); });
+  const std::vector<std::string> expected = {
+      R"(@ event {"SIP":{"CMD":[{"OC":8994,"OE":0,"OI":0,"CA":0,"DA":3,"ST":0}]}})",
+      R"(@ event {"SIP":{"CMD":[{"OC":8994,"OE":1,"OI":0,"CA":0,"DA":3,"ST":0}]}})",
+      R"(@ event {"SIP":{"CMD":[{"OC":8975,"OE":0,"OI":0,"CA":0,"DA":3,"ST":0}]}})",
+      R"(@ event {"SIP":{"CMD":[{"OC":8994,"OE":1,"OI":0,"CA":0,"DA":3,"ST":0}]}})",
+  };
+  EXPECT_EQ(events, expected);
+  OwnedCommand removed({.operation = 0x2333});
+  removed.AddData(OwnedValue::Text("B"));
+  module.OnRequest(removed);
+  EXPECT_EQ(GetInt(removed, "ST", 99), 0U);
+  EXPECT_EQ(LowBits(Data(removed)), 0U);
+}
+
 TEST_F(ModuleTest, RequestsSeeWholeScansOnly) {
   SetLevel("0");
   std::string components = "Components=A B C\n";
