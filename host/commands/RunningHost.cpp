@@ -43,6 +43,9 @@ std::unique_ptr<Machine> MakeMachine(const HostOptions& options) {
   if (!linux.stateFolder.empty()) {
     linux.stateFolder = std::filesystem::absolute(linux.stateFolder).string();
   }
+  if (!linux.root.empty()) {
+    linux.root = std::filesystem::canonical(linux.root).string();
+  }
   return std::make_unique<ProviderMachine>(MakeLinuxProviders(linux));
 }
 

@@ -105,7 +105,11 @@ void FilesystemProvider::TellRoom(std::vector<Reading>& readings, const Mount& m
     }
   } else if (!IsGone(room.error)) {
     told.push_back(Unknown(ObjectClass::FilesystemSpace, mount));
-    SetUnread(told.back(), mount.point, room.error);
+    if (room.error == EOPNOTSUPP) {
+      SetUnknown(told.back(), Quality::Inactive, "a copy of a machine does not tell it");
+    } else {
+      SetUnread(told.back(), mount.point, room.error);
+    }
   }
   SetAge(told, answer.takenAt, context.now, LateAfter());
   std::ranges::move(told, std::back_inserter(readings));

@@ -1,11 +1,13 @@
 #include "host/providers/LinuxProviders.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "host/providers/DiskProvider.h"
 #include "host/providers/EdacProvider.h"
 #include "host/providers/FilesystemProvider.h"
 #include "host/providers/HwmonProvider.h"
+#include "host/providers/KernelText.h"
 #include "host/providers/MdProvider.h"
 #include "host/providers/MemoryProvider.h"
 #include "host/providers/NetworkProvider.h"
@@ -20,12 +22,21 @@
 
 namespace emstatus::host {
 
+namespace {
+
+bool HoldsProcesses(SystemFiles& files) {
+  return std::ranges::any_of(files.List("/proc").value,
+                             [](const std::string& name) { return NumberAfter(name, "").has_value(); });
+}
+
+}  // namespace
+
 std::vector<std::unique_ptr<Provider>> MakeLinuxProviders(const LinuxOptions& options) {
-  const FilesFactory files = [sys = options.sysRoot, proc = options.procRoot] {
-    return std::make_unique<RealFiles>(sys, proc);
-  };
-  // Drives and systemd answer for the machine we run on, not for the copy of another.
-  const bool isThisMachine = options.sysRoot == "/sys" && options.procRoot == "/proc";
+  const FilesFactory files = [root = options.root] { return std::make_unique<RealFiles>(root); };
+  const std::unique_ptr<SystemFiles> look = files();
+  const bool isThisMachine = options.root.empty();
+  // What every machine has, unless it is a copy that does not hold it.
+  const auto has = [&](const char* path) { return isThisMachine || look->RealPath(path).error == 0; };
   std::vector<std::unique_ptr<Provider>> providers;
   for (const HwmonKind kind : {HwmonKind::Board, HwmonKind::Nvme, HwmonKind::Sata}) {
     providers.push_back(std::make_unique<HwmonProvider>(files, kind));
@@ -34,14 +45,18 @@ std::vector<std::unique_ptr<Provider>> MakeLinuxProviders(const LinuxOptions& op
   providers.push_back(std::make_unique<PowerSupplyProvider>(files));
   providers.push_back(std::make_unique<ProcessorProvider>(files()));
   providers.push_back(std::make_unique<EdacProvider>(files(), options.stateFolder));
-  providers.push_back(std::make_unique<MemoryProvider>(files()));
+  if (has("/proc/meminfo")) {
+    providers.push_back(std::make_unique<MemoryProvider>(files()));
+  }
   providers.push_back(std::make_unique<PressureProvider>(files()));
   providers.push_back(std::make_unique<NvmeProvider>(files()));
   providers.push_back(std::make_unique<DiskProvider>(files, isThisMachine ? MakeSmartReader() : nullptr));
   providers.push_back(std::make_unique<MdProvider>(files));
-  providers.push_back(std::make_unique<FilesystemProvider>(files, options.filesystems));
+  if (has("/proc/self/mountinfo")) {
+    providers.push_back(std::make_unique<FilesystemProvider>(files, options.filesystems));
+  }
   providers.push_back(std::make_unique<NetworkProvider>(files(), options.requiredLinks));
-  if (!options.requiredProcesses.empty()) {
+  if (!options.requiredProcesses.empty() && (isThisMachine || HoldsProcesses(*look))) {
     providers.push_back(std::make_unique<ProcessProvider>(files(), options.requiredProcesses));
   }
   if (auto manager = isThisMachine ? MakeSystemdManager() : nullptr) {

@@ -15,6 +15,8 @@
 #include <string_view>
 #include <utility>
 
+#include "host/providers/PathInCopy.h"
+
 namespace emstatus::host {
 namespace {
 
@@ -27,10 +29,6 @@ std::string WithoutTrailingSpace(std::string_view text) {
   constexpr std::string_view kSpace(" \t\r\n\0", 5);
   const std::size_t last = text.find_last_not_of(kSpace);
   return std::string(text.substr(0, last == std::string_view::npos ? 0 : last + 1));
-}
-
-bool IsBelow(std::string_view path, std::string_view folder) {
-  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
 ssize_t ReadOnce(int descriptor, char* bytes, std::size_t size) {
@@ -73,8 +71,7 @@ class Descriptor {
 
 }  // namespace
 
-RealFiles::RealFiles(std::string sysRoot, std::string procRoot)
-    : sysRoot_(std::move(sysRoot)), procRoot_(std::move(procRoot)) {}
+RealFiles::RealFiles(std::string copy) : copy_(std::move(copy)) {}
 
 RealFiles::~RealFiles() {
   for (const auto& [path, descriptor] : kept_) {
@@ -82,14 +79,27 @@ RealFiles::~RealFiles() {
   }
 }
 
-std::string RealFiles::Map(const std::string& path) const {
-  if (IsBelow(path, "/sys")) {
-    return sysRoot_ + path.substr(4);
+FileResult<std::string> RealFiles::Map(const std::string& path, bool followLast) const {
+  if (copy_.empty()) {
+    return {path, 0};
   }
-  if (IsBelow(path, "/proc")) {
-    return procRoot_ + path.substr(5);
+  FileResult<std::string> place = PathInCopy(copy_, path, followLast);
+  place.value.insert(0, copy_);
+  return place;
+}
+
+FileResult<int> RealFiles::Open(const std::string& mapped) const {
+  if (!copy_.empty()) {
+    struct stat status {};
+    if (lstat(mapped.c_str(), &status) != 0) {
+      return Failed<int>();
+    }
+    if (!S_ISREG(status.st_mode)) {
+      return {-1, S_ISDIR(status.st_mode) ? EISDIR : ENXIO};
+    }
   }
-  return path;
+  const int descriptor = open(mapped.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  return {descriptor, descriptor < 0 ? errno : 0};
 }
 
 FileResult<int> RealFiles::KeptDescriptor(const std::string& mapped) {
@@ -99,16 +109,16 @@ FileResult<int> RealFiles::KeptDescriptor(const std::string& mapped) {
     }
     Forget(mapped);
   }
-  const int descriptor = open(mapped.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) {
-    return Failed<int>();
+  const FileResult<int> descriptor = Open(mapped);
+  if (!descriptor) {
+    return descriptor;
   }
   if (kept_.size() >= kKeptFiles) {
     close(kept_.begin()->second);
     kept_.erase(kept_.begin());
   }
-  kept_.emplace(mapped, descriptor);
-  return {descriptor, 0};
+  kept_.emplace(mapped, descriptor.value);
+  return descriptor;
 }
 
 void RealFiles::Forget(const std::string& mapped) {
@@ -119,9 +129,12 @@ void RealFiles::Forget(const std::string& mapped) {
 }
 
 FileResult<std::string> RealFiles::ReadAttribute(const std::string& path) {
-  const std::string mapped = Map(path);
-  const bool wasKept = kept_.contains(mapped);
-  const FileResult<int> descriptor = KeptDescriptor(mapped);
+  const FileResult<std::string> mapped = Map(path);
+  if (!mapped) {
+    return {{}, mapped.error};
+  }
+  const bool wasKept = kept_.contains(mapped.value);
+  const FileResult<int> descriptor = KeptDescriptor(mapped.value);
   if (!descriptor) {
     return {{}, descriptor.error};
   }
@@ -129,7 +142,7 @@ FileResult<std::string> RealFiles::ReadAttribute(const std::string& path) {
   const ssize_t count = ReadOnce(descriptor.value, bytes.data(), bytes.size());
   if (count < 0) {
     const int error = errno;
-    Forget(mapped);
+    Forget(mapped.value);
     // The device behind a kept descriptor may be gone and another have taken its place.
     const bool stale = error == ENODEV || error == ESRCH || error == ENOENT;
     return wasKept && stale ? ReadAttribute(path) : FileResult<std::string>{{}, error};
@@ -138,10 +151,12 @@ FileResult<std::string> RealFiles::ReadAttribute(const std::string& path) {
 }
 
 FileResult<std::string> RealFiles::ReadText(const std::string& path, std::size_t limit) {
-  const Descriptor file(open(Map(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (file.Number() < 0) {
-    return Failed<std::string>();
+  const FileResult<std::string> mapped = Map(path);
+  const FileResult<int> opened = mapped ? Open(mapped.value) : FileResult<int>{-1, mapped.error};
+  if (!opened) {
+    return {{}, opened.error};
   }
+  const Descriptor file(opened.value);
   std::string text;
   std::array<char, 4096> bytes{};
   for (;;) {
@@ -163,7 +178,11 @@ FileResult<std::string> RealFiles::ReadText(const std::string& path, std::size_t
 }
 
 FileResult<std::vector<FolderEntry>> RealFiles::ListEntries(const std::string& path) {
-  const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(Map(path).c_str()), closedir);
+  const FileResult<std::string> mapped = Map(path);
+  if (!mapped) {
+    return {{}, mapped.error};
+  }
+  const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(mapped.value.c_str()), closedir);
   if (!folder) {
     return Failed<std::vector<FolderEntry>>();
   }
@@ -191,8 +210,12 @@ FileResult<std::vector<std::string>> RealFiles::List(const std::string& path) {
 }
 
 FileResult<std::string> RealFiles::ReadLink(const std::string& path) {
+  const FileResult<std::string> mapped = Map(path, false);
+  if (!mapped) {
+    return {{}, mapped.error};
+  }
   std::array<char, PATH_MAX> bytes{};
-  const ssize_t count = readlink(Map(path).c_str(), bytes.data(), bytes.size());
+  const ssize_t count = readlink(mapped.value.c_str(), bytes.data(), bytes.size());
   if (count < 0) {
     return Failed<std::string>();
   }
@@ -200,26 +223,24 @@ FileResult<std::string> RealFiles::ReadLink(const std::string& path) {
 }
 
 FileResult<std::string> RealFiles::RealPath(const std::string& path) {
-  const auto resolve = [](const std::string& name) {
-    return std::unique_ptr<char, void (*)(void*)>(realpath(name.c_str(), nullptr), std::free);
-  };
-  const auto resolved = resolve(Map(path));
-  if (!resolved) {
-    return Failed<std::string>();
-  }
-  // The roots themselves may be reached through links, as a temporary folder is.
-  for (const auto& [root, name] : {std::pair{sysRoot_, "/sys"}, std::pair{procRoot_, "/proc"}}) {
-    const auto resolvedRoot = resolve(root);
-    if (resolvedRoot && IsBelow(resolved.get(), resolvedRoot.get())) {
-      return {name + std::string(resolved.get()).substr(std::string_view(resolvedRoot.get()).size()), 0};
+  if (!copy_.empty()) {
+    FileResult<std::string> place = PathInCopy(copy_, path);
+    struct stat status {};
+    if (place && lstat((copy_ + place.value).c_str(), &status) != 0) {
+      return Failed<std::string>();
     }
+    return place;
   }
-  return {resolved.get(), 0};
+  const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), std::free);
+  return resolved ? FileResult<std::string>{resolved.get(), 0} : Failed<std::string>();
 }
 
 FileResult<FilesystemRoom> RealFiles::Room(const std::string& path) {
+  if (!copy_.empty()) {
+    return {{}, EOPNOTSUPP};
+  }
   struct statvfs numbers {};
-  if (statvfs(Map(path).c_str(), &numbers) != 0) {
+  if (statvfs(path.c_str(), &numbers) != 0) {
     return Failed<FilesystemRoom>();
   }
   const std::uint64_t block = numbers.f_frsize;
@@ -234,7 +255,10 @@ FileResult<FilesystemRoom> RealFiles::Room(const std::string& path) {
 }
 
 FileResult<bool> RealFiles::WriteAttribute(const std::string& path, const std::string& text) {
-  const Descriptor file(open(Map(path).c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!copy_.empty()) {
+    return {false, EROFS};
+  }
+  const Descriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.Number() < 0 || write(file.Number(), text.data(), text.size()) < 0) {
     return Failed<bool>();
   }
@@ -242,18 +266,19 @@ FileResult<bool> RealFiles::WriteAttribute(const std::string& path, const std::s
 }
 
 FileResult<int> RealFiles::OpenForPoll(const std::string& path) {
-  const int descriptor = open(Map(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) {
-    return Failed<int>();
+  const FileResult<std::string> mapped = Map(path);
+  const FileResult<int> opened = mapped ? Open(mapped.value) : FileResult<int>{-1, mapped.error};
+  if (!opened) {
+    return opened;
   }
   // sysfs reports a change only to those who have read the attribute before.
   std::array<char, kAttributeBytes> bytes{};
-  if (ReadOnce(descriptor, bytes.data(), bytes.size()) < 0) {
+  if (ReadOnce(opened.value, bytes.data(), bytes.size()) < 0) {
     const int error = errno;
-    close(descriptor);
+    close(opened.value);
     return {-1, error};
   }
-  return {descriptor, 0};
+  return opened;
 }
 
 }  // namespace emstatus::host

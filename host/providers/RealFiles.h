@@ -8,14 +8,15 @@
 
 namespace emstatus::host {
 
-/// SystemFiles on this machine, or on a copy of its /sys and /proc elsewhere. Attributes stay open between
-/// reads, at most kKeptFiles of them.
+/// SystemFiles on this machine, or on a copy of another one's /sys and /proc. Attributes stay open between
+/// reads, at most kKeptFiles of them. In a copy only plain files are read (ENXIO for anything that might
+/// block), nothing is written (EROFS), and the room of a filesystem is not known (EOPNOTSUPP).
 class RealFiles final : public SystemFiles {
  public:
   static constexpr std::size_t kKeptFiles = 512;
 
-  /// `sysRoot` and `procRoot` stand in for "/sys" and "/proc"; no slash at their end.
-  explicit RealFiles(std::string sysRoot = "/sys", std::string procRoot = "/proc");
+  /// `copy`: the folder that holds the copy; empty for this machine.
+  explicit RealFiles(std::string copy = "");
   ~RealFiles() override;
 
   FileResult<std::string> ReadAttribute(const std::string& path) override;
@@ -29,12 +30,12 @@ class RealFiles final : public SystemFiles {
   FileResult<int> OpenForPoll(const std::string& path) override;
 
  private:
-  std::string Map(const std::string& path) const;
+  FileResult<std::string> Map(const std::string& path, bool followLast = true) const;
+  FileResult<int> Open(const std::string& mapped) const;
   FileResult<int> KeptDescriptor(const std::string& mapped);
   void Forget(const std::string& mapped);
 
-  std::string sysRoot_;
-  std::string procRoot_;
+  const std::string copy_;
   std::map<std::string, int, std::less<>> kept_;
 };
 

@@ -37,7 +37,7 @@ struct FilesystemRoom {
 };
 
 /// The one seam between providers and the machine. Paths are those of a real machine ("/sys/class/hwmon",
-/// "/proc/meminfo", "/"); an implementation may take /sys and /proc from elsewhere. A call that fails says
+/// "/proc/meminfo", "/"); an implementation may read a copy of them elsewhere. A call that fails says
 /// why by its errno and is not tried again. An object belongs to one provider. [worker of that provider]
 class SystemFiles {
  public:
@@ -65,10 +65,11 @@ class SystemFiles {
   /// Where a symbolic link points, as it is written in the link.
   virtual FileResult<std::string> ReadLink(const std::string& path) = 0;
 
-  /// The path with all its links followed, in the machine's terms (below "/sys", not below a test's folder).
+  /// The path with all its links followed, in the machine's terms (below "/sys", also in a copy).
   virtual FileResult<std::string> RealPath(const std::string& path) = 0;
 
-  /// Room on the filesystem that is mounted at `path`. May block as long as a dead network mount does.
+  /// Room on the filesystem that is mounted at `path`; EOPNOTSUPP in a copy. May block as long as a dead
+  /// network mount does.
   virtual FileResult<FilesystemRoom> Room(const std::string& path) = 0;
 
   /// Writes to an attribute that exists (to clear an alarm).

@@ -102,6 +102,8 @@ TEST_F(EmhostTest, SaysWhatIsWrong) {
        "there is no EM_STATUS.ini in /no/such"},
       {{"run", "--once", "--module", FAKE_MODULE, "--config", etc, "--provider", scenario},
        "bad.json: /: expected a member \"format\""},
+      {{"run", "--root", etc}, "expected a folder with the folder sys or proc in it"},
+      {{"run", "--root", "/", "--unit", "x"}, "--root"},
       {{"run", "--provider", "windows"}, "expected linux or scenario:FILE"},
       {{"walk"}, "subcommand"},
   };

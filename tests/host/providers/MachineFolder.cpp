@@ -10,6 +10,7 @@
 #include <set>
 #include <utility>
 
+#include "host/providers/PathInCopy.h"
 #include "host/providers/RealFiles.h"
 #include "host/providers/ValueText.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -21,6 +22,8 @@ using namespace host;
 struct MachineFolder::State {
   int Enter(const std::string& path);
   void Leave(const std::string& path);
+  /// The machine's path as a name in the folder, with links followed as the machine does.
+  std::string Place(const std::string& path, bool followLast = true) const;
 
   TemporaryDirectory folder;
   std::mutex lock;
@@ -38,7 +41,7 @@ struct MachineFolder::State {
 class ScriptedFiles final : public SystemFiles {
  public:
   explicit ScriptedFiles(std::shared_ptr<MachineFolder::State> machine)
-      : machine_(std::move(machine)), real_(machine_->folder.File("sys"), machine_->folder.File("proc")) {}
+      : machine_(std::move(machine)), real_(machine_->folder.Path().string()) {}
 
   FileResult<std::string> ReadAttribute(const std::string& path) override {
     return Run<std::string>(path, [&] { return real_.ReadAttribute(path); });
@@ -65,7 +68,10 @@ class ScriptedFiles final : public SystemFiles {
     });
   }
   FileResult<bool> WriteAttribute(const std::string& path, const std::string& text) override {
-    return Run<bool>(path, [&] { return real_.WriteAttribute(path, text); });
+    return Run<bool>(path, [&]() -> FileResult<bool> {
+      machine_->folder.Write(machine_->Place(path), text);
+      return {true, 0};
+    });
   }
   FileResult<int> OpenForPoll(const std::string& path) override {
     return Run<int>(path, [&] { return real_.OpenForPoll(path); });
@@ -92,20 +98,21 @@ MachineFolder::~MachineFolder() {
 
 void MachineFolder::Write(const FileTable& files) {
   for (const auto& [path, text] : files) {
-    const std::string file = state_->folder.File(path.substr(1));
     if (!text.starts_with("-> ")) {
-      state_->folder.Write(path.substr(1), text);
+      state_->folder.Write(state_->Place(path), text);
       continue;
     }
-    const std::filesystem::path target = state_->folder.File(text.substr(4));
+    const std::string file = state_->folder.File(state_->Place(path, false));
     std::filesystem::create_directories(std::filesystem::path(file).parent_path());
-    std::filesystem::create_directories(target);
-    std::filesystem::create_directory_symlink(target, file);
+    std::filesystem::create_symlink(text.substr(3), file);
+    if (text.starts_with("-> /")) {
+      std::filesystem::create_directories(state_->folder.File(text.substr(4)));
+    }
   }
 }
 
 void MachineFolder::Remove(const std::string& path) {
-  std::filesystem::remove_all(state_->folder.File(path.substr(1)));
+  std::filesystem::remove_all(state_->folder.File(state_->Place(path, false)));
 }
 
 void MachineFolder::Fail(const std::string& path, int error) {
@@ -146,7 +153,7 @@ int MachineFolder::TakeReads(const std::string& path) {
 }
 
 std::string MachineFolder::Text(const std::string& path) const {
-  return state_->folder.Read(path.substr(1));
+  return state_->folder.Read(state_->Place(path));
 }
 
 FilesFactory MachineFolder::Factory() {
@@ -170,8 +177,13 @@ int MachineFolder::State::Enter(const std::string& path) {
 void MachineFolder::State::Leave(const std::string& path) {
   const std::lock_guard guard(lock);
   if (clearing.contains(path)) {
-    folder.Write(path.substr(1), "0");
+    folder.Write(Place(path), "0");
   }
+}
+
+std::string MachineFolder::State::Place(const std::string& path, bool followLast) const {
+  const FileResult<std::string> place = PathInCopy(folder.Path().string(), path, followLast);
+  return (place ? place.value : path).substr(1);
 }
 
 std::string Line(const Reading& reading) {
