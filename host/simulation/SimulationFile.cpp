@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "host/configuration/IniFile.h"
 #include "host/machine/TimeText.h"
-#include "host/simulation/IniText.h"
 
 namespace emstatus::host {
 namespace {
@@ -32,7 +32,7 @@ std::optional<WallTime> TimeFromText(const std::string& text) {
   return WallTime(std::chrono::seconds(timegm(&parts)));
 }
 
-void ReadEnd(const IniText& ini, SimulationFile& file) {
+void ReadEnd(const IniFile& ini, SimulationFile& file) {
   const std::string until = ini.Value("Emhost", "Until").value_or("");
   file.until = TimeFromText(until);
   file.byHand = !file.until && until != kForEver;
@@ -49,7 +49,7 @@ std::vector<std::string_view> SplitAtDots(std::string_view key) {
   return words;
 }
 
-void ReadEntry(const IniText& ini, const std::string& key, SimulatedParts& parts) {
+void ReadEntry(const IniFile& ini, const std::string& key, SimulatedParts& parts) {
   const auto words = SplitAtDots(key);
   if (words.size() != 2) {
     return;
@@ -69,7 +69,7 @@ void ReadEntry(const IniText& ini, const std::string& key, SimulatedParts& parts
 }  // namespace
 
 SimulationFile ReadSimulation(std::string_view text, SimulatedParts earlier) {
-  const IniText ini(text);
+  const IniFile ini(text);
   SimulationFile file;
   file.parts = std::move(earlier);
   ReadEnd(ini, file);

@@ -8,25 +8,14 @@
 #include <stdexcept>
 #include <utility>
 
-#include "host/simulation/IniText.h"
+#include "host/configuration/Configuration.h"
+#include "host/configuration/IniFile.h"
 
 namespace emstatus::host {
 namespace {
 
 constexpr std::size_t kNamesTold = 3;
 constexpr long kLargestStatus = 255;
-
-std::vector<std::string> SplitAtBlanks(std::string_view text) {
-  std::vector<std::string> words;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find(' '), text.size());
-    if (end != 0) {
-      words.emplace_back(text.substr(0, end));
-    }
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
-  return words;
-}
 
 /// A number as the module writes it, without leading zeros; it is taken off `text`.
 std::optional<std::uint32_t> TakeNumber(std::string_view& text) {
@@ -40,14 +29,14 @@ std::optional<std::uint32_t> TakeNumber(std::string_view& text) {
   return number;
 }
 
-bool HasMapping(const IniText& ini, const std::string& section) {
+bool HasMapping(const IniFile& ini, const std::string& section) {
   return std::ranges::any_of(ini.Keys(section), [](const std::string& key) {
     return key.starts_with("Status.") || key.starts_with("Redundancy.");
   });
 }
 
 /// Not what the module has no way to ask.
-bool IsUsable(const IniText& ini, const std::string& section) {
+bool IsUsable(const IniFile& ini, const std::string& section) {
   const bool named = ini.Value(section, "DisplayName") || ini.Value(section, "DisplayNameRequest");
   const std::string request = ini.Value(section, "StatusRequest").value_or("");
   return named && HasMapping(ini, section) && request.find("\"SNMP\"") == std::string::npos;
@@ -87,7 +76,7 @@ std::string List(const std::vector<std::string>& names) {
 }  // namespace
 
 SimulationNames::SimulationNames(std::string_view configurationText) {
-  const IniText ini(configurationText);
+  const IniFile ini(configurationText);
   for (const std::string& word : ini.Keys("StatusMapping")) {
     const long value = std::strtol(ini.Value("StatusMapping", word).value_or("0").c_str(), nullptr, 10);
     if (value <= kLargestStatus) {
@@ -101,7 +90,7 @@ SimulationNames::SimulationNames(std::string_view configurationText) {
   }
 }
 
-void SimulationNames::AddComponents(const IniText& ini, const std::string& names) {
+void SimulationNames::AddComponents(const IniFile& ini, const std::string& names) {
   for (const std::string& name : SplitAtBlanks(names)) {
     const std::string section = "Component." + name;
     if (!IsUsable(ini, section)) {
@@ -115,7 +104,7 @@ void SimulationNames::AddComponents(const IniText& ini, const std::string& names
   }
 }
 
-void SimulationNames::AddComponent(const IniText& ini, const std::string& name, const std::string& section) {
+void SimulationNames::AddComponent(const IniFile& ini, const std::string& name, const std::string& section) {
   Component component;
   component.name = name;
   component.hasInstances =

@@ -8,7 +8,7 @@
 
 namespace emstatus::host {
 
-class IniText;
+class IniFile;
 
 /// The names that a configuration gives to what can be simulated: its components, the instances of those that
 /// have any, and the words of its statuses. [any thread]
@@ -37,8 +37,8 @@ class SimulationNames {
     bool handlesCabinets = false;
   };
 
-  void AddComponents(const IniText& ini, const std::string& names);
-  void AddComponent(const IniText& ini, const std::string& name, const std::string& section);
+  void AddComponents(const IniFile& ini, const std::string& names);
+  void AddComponent(const IniFile& ini, const std::string& name, const std::string& section);
   bool IsInstance(const Component& component, std::string_view name) const;
   /// What is wrong with a name that comes close to this component; empty when it does not.
   std::string Misuse(const Component& component, const std::string& name) const;
