@@ -1,20 +1,39 @@
 #include "host/providers/MdJudge.h"
 
-#include <algorithm>
+#include <set>
+#include <utility>
+#include <vector>
 
-#include "host/providers/KernelText.h"
+#include "host/providers/MdLayout.h"
 #include "host/providers/ReadFault.h"
 #include "host/providers/ValueText.h"
 
 namespace emstatus::host {
 namespace {
 
-bool Is(const MdMember& member, std::string_view state) {
-  return std::ranges::find(member.states, state) != member.states.end();
+/// What follows for an array from its members.
+struct Standing {
+  /// Members that it needs; absent when it does not tell.
+  std::optional<std::uint32_t> disks;
+  std::uint32_t missing = 0;
+  std::uint32_t tolerated = 0;
+  bool isDataLost = false;
+  /// The members that were thrown out, and the slots that nobody is in, for people; empty without any.
+  std::string thrownOut;
+  std::string emptySlots;
+
+  std::string CountText() const {
+    return Format("%u of %u members in sync", disks.value_or(0) - missing, disks.value_or(0));
+  }
+};
+
+std::string SlotText(const std::string& member, const MdMemory& memory) {
+  const auto slot = memory.slots.find(member);
+  return member + (slot == memory.slots.end() ? "" : Format(" (slot %u)", slot->second));
 }
 
-bool IsRebuilding(const MdArray& array) {
-  return array.action == "recover" || array.action == "resync" || array.action == "reshape";
+void Join(std::string& list, const std::string& item) {
+  list += (list.empty() ? "" : ", ") + item;
 }
 
 std::string ProgressText(const MdArray& array) {
@@ -25,126 +44,207 @@ std::string ProgressText(const MdArray& array) {
   return array.completed == "delayed" ? ", waits for another array" : "";
 }
 
-// The kernel's count, and what is missed by counting ourselves: a member that was taken out leaves no trace
-// of its own.
-std::uint32_t Missing(const MdArray& array, std::uint32_t disks) {
-  std::uint32_t missing =
-      array.degraded && *array.degraded > 0 ? static_cast<std::uint32_t>(*array.degraded) : 0;
-  const auto inSync = static_cast<std::uint32_t>(
-      std::ranges::count_if(array.members, [](const MdMember& member) { return Is(member, "in_sync"); }));
-  const bool allRead =
-      std::ranges::all_of(array.members, [](const MdMember& member) { return member.error == 0; });
-  if (allRead && !array.members.empty() && inSync < disks) {
-    missing = std::max(missing, disks - inSync);
-  }
-  return std::min(missing, disks);
-}
-
-std::string FaultyText(const MdArray& array) {
-  std::string names;
+// Which slots hold their part of the data; absent when the members do not tell all their slots.
+std::optional<std::vector<bool>> SlotsInSync(const MdArray& array, std::uint32_t disks) {
+  std::vector<bool> slots(disks, false);
   for (const MdMember& member : array.members) {
-    if (Is(member, "faulty")) {
-      names += (names.empty() ? "; faulty: " : ", ") + member.name;
+    if (member.error != 0 || (member.IsInSync() && !member.slot)) {
+      return std::nullopt;
+    }
+    if (member.IsInSync() && *member.slot < disks) {
+      slots[*member.slot] = true;
     }
   }
-  return names;
+  return slots;
 }
 
-void Blame(Reading& reading, Condition condition, std::string reason, const char* advice) {
-  reading.condition = condition;
-  reading.reason = std::move(reason);
-  reading.advice = advice;
+// The kernel's count, and what is missed by counting ourselves: a member that was taken out leaves no trace
+// of its own.
+void CountMissing(Standing& standing, const MdArray& array) {
+  const std::uint32_t disks = *standing.disks;
+  if (array.degraded && *array.degraded > 0) {
+    standing.missing = static_cast<std::uint32_t>(std::min<std::int64_t>(*array.degraded, disks));
+  }
+  const bool allRead =
+      std::ranges::all_of(array.members, [](const MdMember& member) { return member.error == 0; });
+  const auto slots = SlotsInSync(array, disks);
+  const auto inSync = static_cast<std::uint32_t>(
+      slots ? std::ranges::count(*slots, true) : std::ranges::count_if(array.members, &MdMember::IsInSync));
+  if (allRead && !array.members.empty() && inSync < disks) {
+    standing.missing = std::max(standing.missing, disks - inSync);
+  }
+  standing.isDataLost = slots && inSync + standing.missing == disks
+                            ? IsDataLost(array.level, array.layout, *slots)
+                            : standing.missing > standing.tolerated;
 }
 
-void JudgeDegraded(Reading& reading, const MdArray& array, std::uint32_t disks, std::uint32_t missing,
-                   std::uint32_t tolerated) {
-  const std::string have =
-      Format("%u of %u members in sync, %u expected", disks - missing, disks, disks) + FaultyText(array);
-  if (missing > tolerated) {
-    Blame(reading, Condition::Critical, have + "; more are missing than it can lose",
-          "stop using it; look after the disks, then mdadm --assemble, or restore a backup");
-  } else if (IsRebuilding(array)) {
-    Blame(reading, Condition::Warning, have + "; rebuilding (" + array.action + ")" + ProgressText(array),
-          "wait for the end of the rebuild; take no other disk out");
-  } else {
-    const bool isUsedUp = missing >= tolerated;
-    Blame(reading, isUsedUp ? Condition::Critical : Condition::Warning,
-          have + (isUsedUp ? "; no redundancy is left" : Format("; %u more may fail", tolerated - missing)) +
-              "; not rebuilding",
-          "replace the failed disk and add it: mdadm --add");
+void NameMissing(Standing& standing, const MdArray& array, const MdMemory& memory) {
+  std::set<std::uint32_t> taken;
+  // Without slots of the others, none can be said to be empty.
+  bool allTold = std::ranges::any_of(array.members, [](const MdMember& one) { return one.slot.has_value(); });
+  for (const MdMember& member : array.members) {
+    const auto old = memory.slots.find(member.name);
+    if (member.IsThrownOut()) {
+      Join(standing.thrownOut, SlotText(member.name, memory));
+      if (old != memory.slots.end()) {
+        taken.insert(old->second);
+      }
+    }
+    if (member.slot) {
+      taken.insert(*member.slot);
+    }
+    allTold = allTold && (!member.IsInSync() || member.slot);
+  }
+  for (std::uint32_t slot = 0; allTold && slot < standing.disks.value_or(0); ++slot) {
+    if (!taken.contains(slot)) {
+      Join(standing.emptySlots, std::to_string(slot));
+    }
   }
 }
 
-void JudgeAction(Reading& reading, const MdArray& array) {
-  if (array.action == "resync") {
+Standing StandingOf(const MdArray& array, const MdMemory& memory) {
+  Standing standing;
+  standing.disks = ParseRaidDisks(array.disks);
+  standing.tolerated = ToleratedLosses(array.level, standing.disks.value_or(0), array.layout);
+  if (standing.disks) {
+    CountMissing(standing, array);
+  }
+  if (standing.missing > 0) {
+    NameMissing(standing, array, memory);
+  }
+  return standing;
+}
+
+std::string MissingText(const Standing& standing) {
+  return (standing.thrownOut.empty() ? "" : "; faulty: " + standing.thrownOut) +
+         (standing.emptySlots.empty() ? "" : "; nothing in slot " + standing.emptySlots);
+}
+
+void Blame(Reading& reading, Condition condition, std::string reason, std::string advice) {
+  reading.condition = condition;
+  reading.reason = std::move(reason);
+  reading.advice = std::move(advice);
+}
+
+std::string ReplaceAdvice(const Standing& standing) {
+  if (!standing.thrownOut.empty()) {
+    return "replace " + standing.thrownOut + " and add the new disk: mdadm --add";
+  }
+  return standing.emptySlots.empty() ? "replace the failed disk and add it: mdadm --add"
+                                     : "add a disk for slot " + standing.emptySlots + ": mdadm --add";
+}
+
+void JudgeDegraded(Reading& reading, const MdArray& array, const Standing& standing) {
+  const std::string have =
+      standing.CountText() + Format(", %u expected", *standing.disks) + MissingText(standing);
+  if (standing.isDataLost) {
+    Blame(reading, Condition::Critical, have + "; more are missing than it can lose",
+          "stop using it; look after the disks, then mdadm --assemble, or restore a backup");
+    return;
+  }
+  if (array.action == "recover") {
+    Blame(reading, Condition::Warning, have + "; rebuilding (recover)" + ProgressText(array),
+          "wait for the end of the rebuild; take no other disk out");
+    return;
+  }
+  const bool isUsedUp = standing.missing >= standing.tolerated;
+  std::string reason = have +
+                       (isUsedUp ? "; no redundancy is left"
+                                 : Format("; %u more may fail", standing.tolerated - standing.missing)) +
+                       "; not rebuilding";
+  std::string advice = ReplaceAdvice(standing);
+  if (array.action == "frozen") {
+    reason += ": that was stopped by hand (sync_action is frozen)";
+    advice = "write idle to sync_action; " + advice;
+  } else if (!array.action.empty() && array.action != "idle") {
+    reason += ", but at " + array.action + ProgressText(array);
+  }
+  Blame(reading, isUsedUp ? Condition::Critical : Condition::Warning, std::move(reason), std::move(advice));
+}
+
+// Whether a complete array works as it should; the first thing that is wrong.
+bool FindsFault(Reading& reading, const MdArray& array, MdMemory& memory, MdMemory::Clock::time_point now) {
+  const auto isJournal = [](const MdMember& member) { return member.Is("journal") && !member.IsThrownOut(); };
+  const bool isPending = array.state == "write-pending" && array.metadata.starts_with("external:");
+  memory.pendingSince = isPending ? std::optional(memory.pendingSince.value_or(now)) : std::nullopt;
+  if (array.state == "suspended") {
+    Blame(reading, Condition::Warning, "the array is suspended: all access to it waits",
+          "resume it, or wait for who suspended it");
+  } else if (array.policy == "journal" && std::ranges::none_of(array.members, isJournal)) {
+    Blame(reading, Condition::Critical, "its journal is missing: it cannot be written",
+          "replace the journal device: mdadm --add-journal");
+  } else if (isPending && now - *memory.pendingSince >= kMdPendingLimit) {
+    Blame(reading, Condition::Warning,
+          "writing has waited for " +
+              SpanText(std::chrono::duration<double>(now - *memory.pendingSince).count()) +
+              " for the program that keeps its metadata",
+          "look whether mdmon runs for " + std::string(array.ContainerName()));
+  } else if (array.action == "resync") {
     Blame(reading, Condition::Warning, "not redundant until its resync has ended" + ProgressText(array),
           "wait for its end");
   } else if (array.action == "frozen") {
     Blame(reading, Condition::Warning,
           "its rebuilding was stopped by hand (sync_action is frozen), idle expected",
           "write idle to sync_action");
-  } else if (!array.action.empty() && array.action != "idle") {
+  }
+  return reading.condition != Condition::Good;
+}
+
+// With parity, what does not match is damaged; mirrors of swap and of files being written may differ.
+void JudgeMismatches(Reading& reading, const MdArray& array) {
+  if (array.mismatches.value_or(0) <= 0 || array.lastAction == "resync" || array.lastAction == "recover") {
+    return;
+  }
+  const std::string found =
+      Format("%lld sectors did not match in the last ", static_cast<long long>(*array.mismatches));
+  const bool hasParity = array.level == "raid4" || array.level == "raid5" || array.level == "raid6";
+  if (array.lastAction == "repair") {
+    reading.reason = found + "repair and were mended";
+  } else if (hasParity) {
+    Blame(reading, Condition::Warning, found + "check, 0 expected",
+          "look at the SMART data of its disks; compare its data with a backup before a repair");
+  } else {
+    reading.reason = found + "check";
+  }
+}
+
+void JudgeDevices(Reading& reading, const MdArray& array, MdMemory& memory) {
+  std::size_t devices = 0;
+  for (const MdMember& member : array.members) {
+    if (member.error != 0) {
+      return;
+    }
+    devices += member.IsThrownOut() ? 0 : 1;
+  }
+  memory.mostDevices = std::max(memory.mostDevices, devices);
+  if (devices < memory.mostDevices && reading.condition == Condition::Good) {
+    Blame(reading, Condition::Warning,
+          Format("whole, but %zu of its %zu devices are left: a spare is gone", devices, memory.mostDevices),
+          "add a spare: mdadm --add; or confirm that none is wanted");
+  }
+}
+
+void NoteAction(Reading& reading, const MdArray& array) {
+  if (!array.action.empty() && array.action != "idle") {
     reading.reason = array.action + " running" + ProgressText(array);
-  } else if (array.state == "readonly" || array.state == "read-auto") {
+  } else if (reading.reason.empty() && (array.state == "readonly" || array.state == "read-auto")) {
     reading.reason = "read-only (" + array.state + ")";
   }
 }
 
-bool IsContainer(const MdArray& array) {
-  const bool isExternal =
-      array.metadata.starts_with("external:") && !array.metadata.starts_with("external:/");
-  return array.level == "container" || (isExternal && array.disks.empty());
+void JudgeWhole(Reading& reading, const MdArray& array, MdMemory& memory, MdMemory::Clock::time_point now) {
+  if (!FindsFault(reading, array, memory, now)) {
+    JudgeMismatches(reading, array);
+    JudgeDevices(reading, array, memory);
+  }
+  if (reading.condition == Condition::Good) {
+    NoteAction(reading, array);
+  }
 }
 
 }  // namespace
 
-std::optional<std::uint32_t> ParseRaidDisks(std::string_view text) {
-  std::optional<std::uint32_t> least;
-  for (std::string_view word : Words(text)) {
-    if (word.starts_with('(') && word.ends_with(')')) {
-      word = word.substr(1, word.size() - 2);
-    }
-    const auto number = NumberAfter(word, "");
-    if (!number) {
-      return std::nullopt;
-    }
-    least = std::min(least.value_or(*number), *number);
-  }
-  return least;
-}
-
-std::uint32_t ToleratedLosses(std::string_view level, std::uint32_t disks, std::string_view layout) {
-  if (disks == 0) {
-    return 0;
-  }
-  if (level == "raid1" || level == "multipath") {
-    return disks - 1;
-  }
-  if (level == "raid4" || level == "raid5") {
-    return 1;
-  }
-  if (level == "raid6") {
-    return 2;
-  }
-  if (level == "raid10") {
-    const auto bits = static_cast<std::uint32_t>(ParseUnsigned(layout).value_or(0x102) & 0xFFFF);
-    const std::uint32_t copies = std::max(bits & 0xFFU, 1U) * std::max(bits >> 8U, 1U);
-    return std::min(copies, disks) - 1;
-  }
-  return 0;
-}
-
-std::optional<double> ParseProgress(std::string_view text) {
-  const std::vector<std::string_view> words = Words(text, '/');
-  const auto done = words.size() == 2 ? ParseUnsigned(words[0]) : std::nullopt;
-  const auto all = words.size() == 2 ? ParseUnsigned(words[1]) : std::nullopt;
-  if (!done || !all || *all == 0 || *done > *all) {
-    return std::nullopt;
-  }
-  return 100 * static_cast<double>(*done) / static_cast<double>(*all);
-}
-
-Reading JudgeArray(const MdArray& array) {
+Reading JudgeArray(const MdArray& array, MdMemory& memory, MdMemory::Clock::time_point now) {
   Reading reading;
   reading.objectClass = ObjectClass::RaidArray;
   reading.id = reading.name = array.name;
@@ -152,39 +252,40 @@ Reading JudgeArray(const MdArray& array) {
     SetUnread(reading, "array_state", array.error);
     return reading;
   }
-  if (IsContainer(array)) {
+  if (array.IsContainer()) {
     SetUnknown(reading, Quality::Inactive, "a container: its disks are told with the arrays in it");
     return reading;
   }
-  reading.quality = Quality::Good;
-  reading.customerServiceable = true;
-  const auto disks = ParseRaidDisks(array.disks);
-  const std::uint32_t tolerated = ToleratedLosses(array.level, disks.value_or(0), array.layout);
-  const std::uint32_t missing = Missing(array, disks.value_or(0));
-  if (disks) {
-    reading.measurement = Measurement{static_cast<double>(*disks - missing), Unit::Count, {}};
-    if (tolerated > 0) {
-      reading.redundancy = Redundancy{array.name, *disks, *disks - tolerated, *disks - missing};
+  for (const MdMember& member : array.members) {
+    if (member.slot) {
+      memory.slots[member.name] = *member.slot;
     }
   }
-  if (array.state == "inactive" || array.state == "clear" || array.state == "broken") {
+  reading.quality = Quality::Good;
+  reading.customerServiceable = true;
+  const Standing standing = StandingOf(array, memory);
+  if (standing.disks) {
+    const std::uint32_t present = *standing.disks - standing.missing;
+    reading.measurement = Measurement{static_cast<double>(present), Unit::Count, {}};
+    if (standing.tolerated > 0) {
+      reading.redundancy =
+          Redundancy{array.name, *standing.disks, *standing.disks - standing.tolerated, present};
+    }
+  }
+  if (array.state == "inactive" || array.state == "broken") {
     Blame(reading, Condition::Critical,
           "the array is " + array.state + ", active expected" +
-              (disks ? Format("; %u of %u members in sync", *disks - missing, *disks) : "") +
-              FaultyText(array),
+              (standing.disks ? "; " + standing.CountText() : "") + MissingText(standing),
           "look why it does not run: mdadm --detail, then mdadm --assemble or --run");
-  } else if (missing > 0) {
-    JudgeDegraded(reading, array, *disks, missing, tolerated);
-  } else if (array.state == "suspended") {
-    Blame(reading, Condition::Warning, "the array is suspended: all access to it waits",
-          "resume it, or wait for who suspended it");
+  } else if (standing.missing > 0) {
+    JudgeDegraded(reading, array, standing);
   } else {
-    JudgeAction(reading, array);
+    JudgeWhole(reading, array, memory, now);
   }
   return reading;
 }
 
-Reading JudgeMember(const MdArray& array, const MdMember& member, std::int64_t oldErrors) {
+Reading JudgeMember(const MdArray& array, const MdMember& member, MdMemory& memory) {
   Reading reading;
   reading.objectClass = ObjectClass::RaidMember;
   reading.id = array.name + "/" + member.name;
@@ -196,25 +297,35 @@ Reading JudgeMember(const MdArray& array, const MdMember& member, std::int64_t o
     SetUnread(reading, "state", member.error);
     return reading;
   }
+  const std::int64_t errors = member.errors.value_or(0);
+  std::int64_t& old = memory.oldErrors.emplace(member.name, errors).first->second;
+  // They begin anew when the member is added again.
+  old = std::min(old, errors);
+  if (array.IsContainer()) {
+    SetUnknown(reading, Quality::Inactive, "in the container, but in none of its arrays");
+    return reading;
+  }
   reading.quality = Quality::Good;
-  const std::int64_t fresh = member.errors.value_or(0) - oldErrors;
-  if (Is(member, "faulty")) {
+  if (member.IsThrownOut()) {
     Blame(reading, Condition::Critical, "the array has thrown it out as faulty",
-          "replace the disk, then mdadm --remove and --add");
-  } else if (Is(member, "write_error") || Is(member, "want_replacement")) {
+          "replace the disk " + SlotText(member.name, memory) + ", then mdadm --remove and --add");
+  } else if (member.Is("write_error") || member.Is("want_replacement")) {
     Blame(reading, Condition::Warning, "the array wants it replaced after errors",
           "add a spare: it takes over without a loss of redundancy");
-  } else if (Is(member, "blocked")) {
+  } else if (member.Is("blocked")) {
     Blame(reading, Condition::Warning, "blocked: writing to the array waits until its failure was noted",
           "look at the kernel log for its errors");
-  } else if (fresh > 0) {
-    Blame(
-        reading, Condition::Warning,
-        Format("%lld new read errors, mended from other members; 0 expected", static_cast<long long>(fresh)),
-        "look at the disk's SMART data; plan to replace it");
-  } else if (!Is(member, "in_sync") && !Is(member, "journal")) {
-    reading.reason =
-        Is(member, "spare") ? (IsRebuilding(array) ? "not in sync yet" : "spare") : "not in sync";
+  } else if (errors > old) {
+    Blame(reading, Condition::Warning,
+          Format("%lld new read errors, mended from other members; 0 expected",
+                 static_cast<long long>(errors - old)),
+          "look at the disk's SMART data; plan to replace it");
+  } else if (member.Is("replacement") && !member.IsInSync()) {
+    reading.reason = "takes the place of another, not in sync yet";
+  } else if (member.Is("spare")) {
+    reading.reason = member.slot || array.action == "recover" ? "not in sync yet" : "spare";
+  } else if (!member.IsInSync() && !member.Is("journal")) {
+    reading.reason = "not in sync";
   }
   return reading;
 }

@@ -26,12 +26,17 @@ MdProvider::MdProvider(const FilesFactory& makeFiles, std::chrono::milliseconds 
     : files_(makeFiles()), reads_(makeFiles, patience) {}
 
 std::vector<Reading> MdProvider::Read(const ReadContext& context) {
-  std::map<std::string, DeviceReads<Sample>::Take> takes;
-  for (const std::string& name : FindArrays()) {
-    takes[name] = [name](SystemFiles& files) { return TakeSample(files, name); };
+  const auto& answers = reads_.Read(Takes(), context.now);
+  usedOf_.clear();
+  for (const auto& [name, answer] : answers) {
+    if (answer.sample && !answer.sample->array.ContainerName().empty()) {
+      for (const MdMember& member : answer.sample->array.members) {
+        usedOf_[std::string(answer.sample->array.ContainerName())].insert(member.name);
+      }
+    }
   }
   std::vector<Reading> readings;
-  for (const auto& [name, answer] : reads_.Read(takes, context.now)) {
+  for (const auto& [name, answer] : answers) {
     if (!answer.sample) {
       Reading& reading = readings.emplace_back();
       reading.objectClass = ObjectClass::RaidArray;
@@ -39,28 +44,31 @@ std::vector<Reading> MdProvider::Read(const ReadContext& context) {
       SetLate(reading, context.now - answer.waitingSince.value_or(context.now));
       continue;
     }
-    if (IsGone(answer.sample->array.error)) {
+    const MdArray& array = answer.sample->array;
+    // A clear one is a name without an array: not made yet, or stopped.
+    if (IsGone(array.error) || array.state == "clear") {
       continue;
     }
-    std::vector<Reading> told = Tell(answer.sample->array);
+    std::vector<Reading> told = Tell(array, answer.takenAt);
     SetAge(told, answer.takenAt, context.now, LateAfter());
     std::ranges::move(told, std::back_inserter(readings));
   }
+  std::erase_if(memories_, [&](const auto& entry) { return !answers.contains(entry.first); });
   return readings;
 }
 
-std::vector<std::string> MdProvider::FindArrays() {
+std::map<std::string, DeviceReads<MdProvider::Sample>::Take> MdProvider::Takes() {
   const FileResult<std::vector<std::string>> names = files_->List("/sys/block");
   if (!names && !IsGone(names.error)) {
     throw std::system_error(names.error, std::generic_category(), "/sys/block");
   }
-  std::vector<std::string> arrays;
+  std::map<std::string, DeviceReads<Sample>::Take> takes;
   for (const std::string& name : names.value) {
-    if (name.starts_with("md") && files_->List(FolderOf(name))) {
-      arrays.push_back(name);
+    if (name.starts_with("md")) {
+      takes[name] = [name](SystemFiles& files) { return TakeSample(files, name); };
     }
   }
-  return arrays;
+  return takes;
 }
 
 MdProvider::Sample MdProvider::TakeSample(SystemFiles& files, const std::string& name) {
@@ -83,8 +91,11 @@ MdProvider::Sample MdProvider::TakeSample(SystemFiles& files, const std::string&
   array.disks = text("raid_disks");
   array.layout = text("layout");
   array.action = text("sync_action");
+  array.lastAction = text("last_sync_action");
   array.completed = text("sync_completed");
+  array.policy = text("consistency_policy");
   array.degraded = ParseInteger(text("degraded"));
+  array.mismatches = ParseInteger(text("mismatch_cnt"));
   for (const std::string& entry : files.List(folder).value) {
     if (entry.starts_with(kMemberPrefix)) {
       AddWatched(files, folder + "/" + entry + "/state", sample.watched);
@@ -105,6 +116,7 @@ MdMember MdProvider::TakeMember(SystemFiles& files, const std::string& folder, c
   for (const std::string_view word : Words(state.value, ',')) {
     member.states.emplace_back(word);
   }
+  member.slot = NumberAfter(files.ReadAttribute(folder + "/slot").value, "");
   member.errors = ParseInteger(files.ReadAttribute(folder + "/errors").value);
   return member;
 }
@@ -118,25 +130,35 @@ void MdProvider::AddWatched(SystemFiles& files, const std::string& path, Watched
   }
 }
 
-std::vector<Reading> MdProvider::Tell(const MdArray& array) {
-  std::vector<Reading> readings = {JudgeArray(array)};
+std::vector<Reading> MdProvider::Tell(const MdArray& array, std::chrono::steady_clock::time_point now) {
+  MdMemory& memory = memories_[array.name];
+  std::vector<Reading> readings = {JudgeArray(array, memory, now)};
+  const std::set<std::string>& used = usedOf_[array.name];
   for (const MdMember& member : array.members) {
-    const std::int64_t errors = member.errors.value_or(0);
-    std::int64_t& old = oldErrors_.emplace(array.name + "/" + member.name, errors).first->second;
-    old = std::min(old, errors);
-    readings.push_back(JudgeMember(array, member, old));
-    readings.back().redundancy = readings.front().redundancy;
+    if (!array.IsContainer() || !used.contains(member.name)) {
+      readings.push_back(JudgeMember(array, member, memory));
+      readings.back().redundancy = readings.front().redundancy;
+    }
   }
   return readings;
 }
 
 bool MdProvider::Confirm(ObjectClass objectClass, const std::string& id) {
-  return objectClass == ObjectClass::RaidMember && oldErrors_.erase(id) > 0;
+  const std::size_t slash = id.find('/');
+  const auto memory = memories_.find(id.substr(0, slash));
+  if (memory == memories_.end()) {
+    return false;
+  }
+  if (objectClass == ObjectClass::RaidArray) {
+    return std::exchange(memory->second.mostDevices, 0) > 0;
+  }
+  return slash != std::string::npos && memory->second.oldErrors.erase(id.substr(slash + 1)) > 0;
 }
 
 void MdProvider::Watch(std::vector<pollfd>& descriptors) {
   for (const auto& [name, answer] : reads_.Collected()) {
-    if (answer.sample) {
+    // One that owes an answer would go on calling for it.
+    if (answer.sample && !answer.waitingSince) {
       for (const auto& descriptor : answer.sample->watched) {
         descriptors.push_back({*descriptor, POLLPRI, 0});
       }

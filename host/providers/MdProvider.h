@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,8 @@
 
 namespace emstatus::host {
 
-/// Software RAID arrays and their members. The kernel tells of changes, so they are seen at once.
+/// Software RAID arrays and their members. The kernel tells of changes, so they are seen at once. The disks
+/// of a container are told with the arrays in it, and there once.
 class MdProvider final : public Provider {
  public:
   explicit MdProvider(const FilesFactory& makeFiles,
@@ -20,7 +22,8 @@ class MdProvider final : public Provider {
   std::string_view Name() const override { return "md arrays"; }
   std::chrono::milliseconds Interval() const override { return std::chrono::seconds(10); }
   std::vector<Reading> Read(const ReadContext& context) override;
-  /// Takes the read errors that a member has had so far for known.
+  /// Takes the read errors that a member has had so far for known, and the spares that an array has now for
+  /// all that it needs.
   bool Confirm(ObjectClass objectClass, const std::string& id) override;
   void Watch(std::vector<pollfd>& descriptors) override;
 
@@ -35,13 +38,14 @@ class MdProvider final : public Provider {
   static Sample TakeSample(SystemFiles& files, const std::string& name);
   static MdMember TakeMember(SystemFiles& files, const std::string& folder, const std::string& name);
   static void AddWatched(SystemFiles& files, const std::string& path, Watched& watched);
-  std::vector<std::string> FindArrays();
-  std::vector<Reading> Tell(const MdArray& array);
+  std::map<std::string, DeviceReads<Sample>::Take> Takes();
+  std::vector<Reading> Tell(const MdArray& array, std::chrono::steady_clock::time_point now);
 
   const std::unique_ptr<SystemFiles> files_;
   DeviceReads<Sample> reads_;
-  /// By the id of the member's reading.
-  std::map<std::string, std::int64_t> oldErrors_;
+  std::map<std::string, MdMemory> memories_;
+  /// The members of the arrays in each container.
+  std::map<std::string, std::set<std::string>, std::less<>> usedOf_;
 };
 
 }  // namespace emstatus::host

@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
-#include <poll.h>
 
 #include <cerrno>
 #include <mutex>
 
 #include "host/providers/DiskProvider.h"
-#include "host/providers/MdProvider.h"
 #include "host/providers/NvmeProvider.h"
 #include "tests/host/providers/MachineFolder.h"
 
@@ -13,124 +11,6 @@ namespace emstatus::test {
 namespace {
 
 using namespace host;
-
-TEST(MdTexts, DisksTolerancesProgress) {
-  EXPECT_EQ(ParseRaidDisks("11 (10)"), 10u);
-  EXPECT_EQ(ParseRaidDisks("3 (4)"), 3u);
-  EXPECT_EQ(ParseRaidDisks("4"), 4u);
-  EXPECT_EQ(ParseRaidDisks(""), std::nullopt);
-  EXPECT_EQ(ParseRaidDisks("many"), std::nullopt);
-  const struct {
-    const char* level;
-    std::uint32_t disks;
-    const char* layout;
-    std::uint32_t tolerated;
-  } rows[] = {{"raid0", 4, "", 0},     {"linear", 2, "", 0},      {"raid1", 2, "0", 1},
-              {"raid1", 3, "0", 2},    {"raid5", 4, "2", 1},      {"raid6", 6, "2", 2},
-              {"raid10", 4, "258", 1}, {"raid10", 4, "0x103", 2}, {"raid10", 4, "513", 1},
-              {"raid1", 0, "", 0}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(ToleratedLosses(row.level, row.disks, row.layout), row.tolerated) << row.level << row.layout;
-  }
-  EXPECT_EQ(ParseProgress("100 / 400"), 25);
-  for (const char* none : {"none", "delayed", "", "5 / 0", "9 / 4"}) {
-    EXPECT_EQ(ParseProgress(none), std::nullopt) << none;
-  }
-}
-
-// An array of `states`, one a member.
-MachineFolder::FileTable Array(const std::string& level, const std::string& disks,
-                               const MachineFolder::FileTable& attributes,
-                               const std::vector<std::string>& states) {
-  const std::string folder = "/sys/block/md0/md/";
-  MachineFolder::FileTable files = {{folder + "array_state", "clean\n"},
-                                    {folder + "level", level + "\n"},
-                                    {folder + "raid_disks", disks + "\n"}};
-  for (const auto& [name, text] : attributes) {
-    files.push_back({folder + name, text + "\n"});
-  }
-  for (std::size_t at = 0; at < states.size(); ++at) {
-    const std::string member = folder + "dev-sd" + static_cast<char>('a' + at);
-    files.push_back({member + "/state", states[at] + "\n"});
-    files.push_back({member + "/errors", "0\n"});
-  }
-  return files;
-}
-
-TEST(MdArrays, StatesAndRedundancyLeft) {
-  const MachineFolder::FileTable idle = {{"degraded", "0"}, {"sync_action", "idle"}};
-  const struct {
-    MachineFolder::FileTable files;
-    const char* line;
-  } rows[] = {
-      {Array("raid1", "2", idle, {"in_sync", "in_sync,writemostly"}), "md0 good 2"},
-      {Array("raid0", "2", {}, {"in_sync", "in_sync"}), "md0 good 2"},
-      {Array("raid1", "2", {{"degraded", "0"}, {"sync_action", "check"}, {"sync_completed", "1 / 4"}},
-             {"in_sync", "in_sync"}),
-       "md0 good 2: check running, 25.0 % done"},
-      {Array("raid1", "2", {{"degraded", "0"}, {"sync_action", "resync"}, {"sync_completed", "delayed"}},
-             {"in_sync", "in_sync"}),
-       "md0 warning 2: not redundant until its resync has ended, waits for another array"},
-      {Array("raid1", "2", {{"degraded", "1"}, {"sync_action", "idle"}}, {"in_sync"}),
-       "md0 critical 1: 1 of 2 members in sync, 2 expected; no redundancy is left; not rebuilding"},
-      {Array("raid6", "4", {{"degraded", "1"}, {"sync_action", "idle"}},
-             {"in_sync", "in_sync", "in_sync", "faulty"}),
-       "md0 warning 3: 3 of 4 members in sync, 4 expected; faulty: sdd; 1 more may fail; not rebuilding"},
-      {Array("raid5", "3", {{"degraded", "1"}, {"sync_action", "recover"}, {"sync_completed", "1 / 2"}},
-             {"in_sync", "in_sync", "spare"}),
-       "md0 warning 2: 2 of 3 members in sync, 3 expected; rebuilding (recover), 50.0 % done"},
-      {Array("raid5", "3", {{"degraded", "2"}, {"sync_action", "recover"}}, {"in_sync"}),
-       "md0 critical 1: 1 of 3 members in sync, 3 expected; more are missing than it can lose"},
-      // A member was taken out and the kernel's own count is behind.
-      {Array("raid1", "2", idle, {"in_sync"}),
-       "md0 critical 1: 1 of 2 members in sync, 2 expected; no redundancy is left; not rebuilding"},
-      {Array("raid5", "11 (10)", {{"degraded", "0"}, {"sync_action", "reshape"}},
-             {"in_sync", "in_sync", "in_sync", "in_sync", "in_sync", "in_sync", "in_sync", "in_sync",
-              "in_sync", "in_sync", "in_sync"}),
-       "md0 good 10: reshape running"},
-      {Array("raid1", "2", {{"array_state", "inactive"}}, {"spare"}),
-       "md0 critical 0: the array is inactive, active expected; 0 of 2 members in sync"},
-      {Array("raid0", "2", {{"array_state", "broken"}}, {"in_sync", "faulty"}),
-       "md0 critical 1: the array is broken, active expected; 1 of 2 members in sync; faulty: sdb"},
-      {Array("", "", {{"array_state", "inactive"}, {"metadata_version", "external:imsm"}},
-             {"spare", "spare"}),
-       "md0 inactive: a container: its disks are told with the arrays in it"},
-      {Array("raid1", "2", {{"array_state", "read-auto"}, {"degraded", "0"}, {"sync_action", "idle"}},
-             {"in_sync", "in_sync"}),
-       "md0 good 2: read-only (read-auto)"},
-  };
-  for (const auto& row : rows) {
-    MachineFolder machine(row.files);
-    MdProvider provider(machine.Factory(), kPatient);
-    EXPECT_EQ(Line(ReadAt(provider, 0)[0]), row.line);
-  }
-}
-
-TEST(MdArrays, MembersErrorsAndDescriptorsToWatch) {
-  MachineFolder machine(Array("raid6", "4", {{"degraded", "1"}, {"sync_action", "idle"}},
-                              {"in_sync", "faulty", "in_sync,want_replacement", "in_sync,someday", "spare"}));
-  MdProvider provider(machine.Factory(), kPatient);
-  auto lines = Lines(ReadAt(provider, 0));
-  lines.erase(lines.begin());
-  EXPECT_EQ(lines, (Texts{"md0/sda good", "md0/sdb critical: the array has thrown it out as faulty",
-                          "md0/sdc warning: the array wants it replaced after errors", "md0/sdd good",
-                          "md0/sde good: spare"}));
-  std::vector<pollfd> watched;
-  provider.Watch(watched);
-  EXPECT_EQ(watched.size(), 3u + 5u);
-  EXPECT_EQ(poll(watched.data(), watched.size(), 0), 0) << "nothing has changed";
-
-  machine.Write({{"/sys/block/md0/md/dev-sda/errors", "3"}});
-  EXPECT_EQ(Line(ReadAt(provider, 10)[1]),
-            "md0/sda warning: 3 new read errors, mended from other members; 0 expected");
-  EXPECT_TRUE(provider.Confirm(ObjectClass::RaidMember, "md0/sda"));
-  machine.Fail("/sys/block/md0/md/array_state", EIO);
-  lines = Lines(ReadAt(provider, 20));
-  EXPECT_EQ(lines[0], "md0 sensor-fault: cannot be read: array_state: Input/output error");
-  EXPECT_EQ(lines[1], "md0/sda good");
-  machine.Remove("/sys/block/md0");
-  EXPECT_TRUE(ReadAt(provider, 30).empty());
-}
 
 TEST(NvmeControllers, StatesAndPaths) {
   MachineFolder machine;
