@@ -14,6 +14,10 @@ class NoSink final : public emstatus::TraceSink {
 };
 extern "C" {
 #ifdef EM_DEBUG_IS_A_NUMBER
+#ifdef __clang__
+// AddressSanitizer would have the symbol as large as the number and its guard zone together.
+__attribute__((no_sanitize("address")))
+#endif
 __attribute__((visibility("default"))) int Debug = 5;
 #define EM_CASE TakesTheNextObjectWhenTheFirstIsANumber
 #else
