@@ -4,12 +4,20 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # What a machine with nothing but git needs for each task (Debian 12).
 packages_build=(g++ cmake ninja-build pkg-config nlohmann-json3-dev libcli11-dev libsystemd-dev libgtest-dev libexpat1-dev)
-packages_clang=("${packages_build[@]}" clang)
+packages_clang=("${packages_build[@]}" clang libclang-rt-dev llvm)
 packages_format=(git clang-format)
 packages_tidy=("${packages_clang[@]}" clang-tidy)
 
 # Exit code of whatever kept a script from doing its job at all.
 readonly cannot=70
+
+# packages_for PRESET: what building it needs, in the array `packages`.
+packages_for() {
+  case $1 in
+    release | bench) packages=("${packages_build[@]}") ;;
+    *) packages=("${packages_clang[@]}") ;;
+  esac
+}
 
 say() { echo "$(basename "$0"): $*" >&2; }
 
