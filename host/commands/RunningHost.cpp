@@ -12,6 +12,7 @@
 #include "host/commands/DefaultPaths.h"
 #include "host/machine/ProviderMachine.h"
 #include "host/machine/ScenarioMachine.h"
+#include "host/view/NodeNames.h"
 #include "host/view/SimulatedNodes.h"
 
 namespace emstatus::host {
@@ -112,14 +113,16 @@ Report RunningHost::MakeReport(std::uint32_t led) {
     throw std::runtime_error("the module has no status tree after its scan; --trace 2 tells more.");
   }
   Report report;
+  report.time = std::chrono::system_clock::now();
   report.root = ReadStatusTree(*text);
   report.simulation = simulation_->State();
-  MarkSimulated(report.root, report.simulation,
-                [this](const auto& subsystem, const auto& component, auto index, auto cabinet) {
-                  return places_->InstanceId(subsystem, component, index, cabinet);
-                });
+  NameNodes(report.root, [this](const auto& subsystem, const auto& component, auto index, auto cabinet) {
+    return places_->InstanceId(subsystem, component, index, cabinet);
+  });
+  MarkSimulated(report.root, report.simulation);
   DropAbsent(report.root);
   AttachObjects(report.root, *machine_, ModuleSession::kServerCabinet);
+  CountCoverage(report.root);
   report.systemStatus = session_->SystemStatus().value_or(0);
   report.led = led;
   return report;

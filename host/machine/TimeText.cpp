@@ -46,4 +46,19 @@ std::string UtcText(Moment moment) {
   return Text(parts, "%Y-%m-%dT%H:%M:%S") + Milliseconds(moment) + "Z";
 }
 
+std::optional<Moment> ReadUtc(const std::string& text) {
+  std::tm parts{};
+  int milliseconds = 0;
+  if (std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d.%3dZ", &parts.tm_year, &parts.tm_mon, &parts.tm_mday,
+                  &parts.tm_hour, &parts.tm_min, &parts.tm_sec, &milliseconds) != 7) {
+    return std::nullopt;
+  }
+  parts.tm_year -= 1900;
+  parts.tm_mon -= 1;
+  const Moment moment =
+      std::chrono::system_clock::from_time_t(timegm(&parts)) + std::chrono::milliseconds(milliseconds);
+  // A text that is not as it is written, or names no real moment, does not come back.
+  return UtcText(moment) == text ? std::optional(moment) : std::nullopt;
+}
+
 }  // namespace emstatus::host

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 /// Moments as text. [any thread]
@@ -14,5 +15,8 @@ std::string LocalText(std::chrono::system_clock::time_point moment);
 
 /// UTC, for programs: "2026-03-01T09:15:02.123Z".
 std::string UtcText(std::chrono::system_clock::time_point moment);
+
+/// The moment of which UtcText makes this text; nothing for any other text.
+std::optional<std::chrono::system_clock::time_point> ReadUtc(const std::string& text);
 
 }  // namespace emstatus::host

@@ -12,4 +12,7 @@ namespace emstatus::host {
 /// keys whose request was not about one object of a class. [any thread]
 std::optional<ObjectAddress> ObjectOfKey(std::string_view key, std::uint32_t ownCabinet);
 
+/// What such a key's request asks.
+std::optional<Question> QuestionOfKey(std::string_view key);
+
 }  // namespace emstatus::host

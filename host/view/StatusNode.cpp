@@ -66,6 +66,36 @@ void AttachObjects(StatusNode& node, const Machine& machine, std::uint32_t ownCa
   }
 }
 
+void CountCoverage(StatusNode& node) {
+  node.coverage = {};
+  if (node.object) {
+    const ObjectView& object = *node.object;
+    const bool read = object.reading.quality == Quality::Good;
+    const bool counts = object.reading.quality != Quality::Inactive;
+    node.coverage = {read ? 1U : 0U, counts ? 1U : 0U, read ? object.age : std::chrono::milliseconds(0)};
+  } else if (node.children.empty() && ObjectOfKey(node.associationKey, 0)) {
+    // Its object is not there at all.
+    node.coverage.total = 1;
+  }
+  for (StatusNode& child : node.children) {
+    CountCoverage(child);
+    node.coverage.read += child.coverage.read;
+    node.coverage.total += child.coverage.total;
+    node.coverage.oldest = std::max(node.coverage.oldest, child.coverage.oldest);
+  }
+}
+
+bool IsStale(const StatusNode& leaf) {
+  if (leaf.simulated || !leaf.object || leaf.object->reading.quality == Quality::Good) {
+    return false;
+  }
+  const auto question = QuestionOfKey(leaf.associationKey);
+  if (question != Question::State && question != Question::StateAbove && question != Question::StateBelow) {
+    return false;
+  }
+  return leaf.objectStatus != std::uint32_t(RawStateOf(leaf.object->reading));
+}
+
 void DropAbsent(StatusNode& root) {
   std::erase_if(root.children,
                 [](const StatusNode& node) { return node.children.empty() && node.status == 0; });

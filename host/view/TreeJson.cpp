@@ -1,6 +1,7 @@
 #include "host/view/TreeJson.h"
 
 #include "host/machine/Numbering.h"
+#include "host/machine/TimeText.h"
 #include "host/machine/Utf8.h"
 #include "host/view/SimulationText.h"
 
@@ -40,10 +41,40 @@ void AddRedundancy(ordered_json& json, const Reading& reading) {
                         {"Present", group.present}};
 }
 
+double Seconds(std::chrono::milliseconds duration) {
+  return double(duration.count()) / 1000.0;
+}
+
+/// What emhost knows of the node beside the module's own members.
+void AddKnowledge(ordered_json& json, const StatusNode& node) {
+  const Coverage& coverage = node.coverage;
+  json["Coverage"] = {
+      {"Read", coverage.read}, {"Total", coverage.total}, {"OldestSeconds", Seconds(coverage.oldest)}};
+  if (node.since) {
+    json["Since"] = UtcText(*node.since);
+  }
+  if (node.margin) {
+    const auto& failures = node.margin->failures;
+    json["Margin"] = {{"Group", CleanUtf8(node.margin->group)},
+                      {"Failures", failures ? ordered_json(*failures) : ordered_json(nullptr)}};
+  }
+  if (node.rule) {
+    json["Rule"] = {{"File", CleanUtf8(node.rule->file)},
+                    {"Line", node.rule->line},
+                    {"Section", CleanUtf8(node.rule->section)},
+                    {"Key", CleanUtf8(node.rule->key)}};
+  }
+  if (IsStale(node)) {
+    json["Stale"] = true;
+  }
+}
+
 ordered_json NodeJson(const StatusNode& node, const StatusWords& words) {
   ordered_json json;
   json["Id"] = node.id;
   json["Desig"] = node.designation;
+  json["Name"] = CleanUtf8(node.name);
+  json["Section"] = CleanUtf8(node.section);
   json["Status"] = node.status;
   json["StatusName"] = words.Of(node.status);
   if (node.simulated) {
@@ -58,6 +89,7 @@ ordered_json NodeJson(const StatusNode& node, const StatusWords& words) {
   if (!node.associationKey.empty()) {
     json["Assoc"] = node.associationKey;
   }
+  AddKnowledge(json, node);
   if (node.object) {
     json["Object"] = ObjectJson(*node.object);
   }
@@ -84,7 +116,7 @@ ordered_json ObjectJson(const ObjectView& object) {
       AddMeasurement(json, *reading.measurement);
     }
   }
-  json["AgeSeconds"] = double(object.age.count()) / 1000.0;
+  json["AgeSeconds"] = Seconds(object.age);
   json["CustomerServiceable"] = reading.customerServiceable;
   if (!reading.reason.empty()) {
     json["Reason"] = CleanUtf8(reading.reason);
@@ -101,6 +133,10 @@ ordered_json ObjectJson(const ObjectView& object) {
 ordered_json TreeJson(const Report& report, const StatusWords& words) {
   ordered_json json;
   json["Version"] = 1;
+  json["Time"] = UtcText(report.time);
+  if (report.begun) {
+    json["Begun"] = UtcText(*report.begun);
+  }
   json["SystemStatus"] = report.systemStatus;
   json["SystemStatusName"] = words.Of(report.systemStatus);
   json["Led"] = report.led;

@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "host/view/NodeNames.h"
 #include "host/view/SimulatedNodes.h"
 #include "host/view/SimulationText.h"
 #include "host/view/StatusChange.h"
@@ -59,7 +60,8 @@ TEST(SimulatedNodes, AreThoseThatTheModuleForces) {
     StatusNode root = ReadStatusTree(kTree);
     SimulationState simulation;
     simulation.parts[row.name] = {3, -1, -1};
-    MarkSimulated(root, simulation, InstanceId);
+    NameNodes(root, InstanceId);
+    MarkSimulated(root, simulation);
     Names marked;
     CollectMarked(root, marked);
     EXPECT_EQ(marked, row.marked) << row.name;
@@ -76,7 +78,8 @@ TEST(SimulatedNodes, AreMarkedInAllThatIsShown) {
   simulation.parts = {{"Fan0", {3, -1, -1}}, {"Fan7", {2, -1, 0}}, {"Use", {0, 12, 1}}};
   simulation.kept = {"Use"};
   simulation.byHand = true;
-  MarkSimulated(report.root, simulation, InstanceId);
+  NameNodes(report.root, InstanceId);
+  MarkSimulated(report.root, simulation);
 
   const std::string text = TreeText(report, words, false);
   EXPECT_NE(text.find("      Fan0      Error (simulated)\n"), std::string::npos) << text;

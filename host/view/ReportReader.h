@@ -1,0 +1,14 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include "host/view/Report.h"
+
+namespace emstatus::host {
+
+/// A report from the JSON that TreeJson makes of it, so that TreeJson makes the same of it again. Members
+/// that are not known are passed over. Throws a std::runtime_error that names the place and what was expected
+/// there when this is no report, or one of another version. [any thread]
+Report ReadReport(const nlohmann::json& json);
+
+}  // namespace emstatus::host
