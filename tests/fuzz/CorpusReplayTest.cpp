@@ -1,6 +1,7 @@
 // Runs one fuzz target over the inputs of its corpus, without the fuzzer: what the target checks, it ends the
 // program for.
 
+#include <errno.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "fuzz/Check.h"
@@ -19,11 +21,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// The program's name says whose inputs it replays.
+std::string Target() {
+  return std::string(program_invocation_short_name).substr(std::string_view("test_fuzz_").size());
+}
+
+fs::path Corpus() {
+  return fs::path(EM_CORPORA) / Target();
+}
+
 class CorpusReplayTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(CorpusReplayTest, HoldsWhatTheTargetChecks) {
   const TraceLevel everything(5);
-  std::ifstream file(fs::path(EM_CORPUS) / GetParam(), std::ios::binary);
+  std::ifstream file(Corpus() / GetParam(), std::ios::binary);
   ASSERT_TRUE(file);
   const std::string bytes{std::istreambuf_iterator<char>(file), {}};
   EXPECT_EQ(LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()), 0);
@@ -32,13 +43,13 @@ TEST_P(CorpusReplayTest, HoldsWhatTheTargetChecks) {
 
 std::vector<std::string> Inputs() {
   std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(EM_CORPUS)) names.push_back(entry.path().filename());
+  for (const auto& entry : fs::directory_iterator(Corpus())) names.push_back(entry.path().filename());
   std::ranges::sort(names);
   return names;
 }
 
 INSTANTIATE_TEST_SUITE_P(Inputs, CorpusReplayTest, testing::ValuesIn(Inputs()), [](const auto& test) {
-  std::string name = EM_TARGET "_" + test.param;
+  std::string name = Target() + "_" + test.param;
   std::ranges::replace_if(
       name, [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
   return name;
