@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 #include "platform/CDebugClient.h"
@@ -89,10 +90,7 @@ bool EnterSection(ProfileLineReader& reader, std::string_view section) {
   // A semicolon would begin a comment.
   if (section.find(';') != std::string_view::npos) return false;
   std::string_view line;
-  while (reader.NextHeader(line)) {
-    if (IsProfileHeaderOf(TrimLeft(line), section)) return true;
-  }
-  return false;
+  return reader.NextHeader(line, std::string("[").append(section).append("]"));
 }
 
 /// Calls `use(key, value)` for each entry up to the next header, as long as it answers true.

@@ -10,7 +10,11 @@ namespace emstatus {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 65536;
+constexpr std::size_t kPieceSize = 65536;
+
+/// In front of the piece, for the line that the piece before ended in.
+constexpr std::size_t kKeptSize = 1024;
+static_assert(kKeptSize >= ProfileLineReader::kLongestLine);
 
 const char* Find(const char* begin, const char* end, char wanted) {
   return static_cast<const char*>(std::memchr(begin, wanted, static_cast<std::size_t>(end - begin)));
@@ -19,18 +23,20 @@ const char* Find(const char* begin, const char* end, char wanted) {
 }  // namespace
 
 ProfileLineReader::ProfileLineReader(int file)
-    : file_(file), buffer_(new char[kBufferSize]), next_(buffer_.get()), end_(next_) {}
+    : file_(file), buffer_(new char[kKeptSize + kPieceSize]), next_(buffer_.get() + kKeptSize), end_(next_) {}
 
+// Less than a line is left.
 void ProfileLineReader::Fill() {
+  char* const piece = buffer_.get() + kKeptSize;
   const auto kept = static_cast<std::size_t>(end_ - next_);
-  std::memmove(buffer_.get(), next_, kept);
+  std::memmove(piece - kept, next_, kept);
   ssize_t got;
   do {
-    got = ::read(file_, buffer_.get() + kept, kBufferSize - kept);
+    got = ::read(file_, piece, kPieceSize);
   } while (got < 0 && errno == EINTR);
   atEnd_ = got <= 0;
-  next_ = buffer_.get();
-  end_ = next_ + kept + (got > 0 ? static_cast<std::size_t>(got) : 0);
+  next_ = piece - kept;
+  end_ = piece + (got > 0 ? static_cast<std::size_t>(got) : 0);
 }
 
 void ProfileLineReader::Advance(std::size_t length) {
@@ -64,17 +70,31 @@ void ProfileLineReader::SkipToLineOf(const char* place) {
   Advance(inLine - inLine % kLongestLine);
 }
 
-bool ProfileLineReader::NextHeader(std::string_view& line) {
+// Whether next_ could be moved to the start of the line whose first character beside blanks is `bracket`.
+bool ProfileLineReader::SkipToHeader(const char* bracket) {
+  if (bracket == next_ || bracket[-1] == '\n') {
+    Advance(static_cast<std::size_t>(bracket - next_));
+    return true;
+  }
+  // Most brackets stand within a value. So near to next_ a line begins only there or after a line feed.
+  const bool isNear = bracket - next_ < static_cast<std::ptrdiff_t>(kLongestLine);
+  if (isNear && !IsProfileBlank(bracket[-1])) return false;
+  SkipToLineOf(bracket);
+  return std::all_of(next_, bracket, IsProfileBlank);
+}
+
+bool ProfileLineReader::NextHeader(std::string_view& line, std::string_view start) {
   for (;;) {
     const char* from = next_;
     while (const char* const bracket = Find(from, end_, '[')) {
-      // Most brackets stand within a value. So near to next_ a line begins only there or after a line feed.
-      const bool isNear = bracket - next_ < static_cast<std::ptrdiff_t>(kLongestLine);
-      if (!isNear || bracket == next_ || IsProfileBlank(bracket[-1])) {
-        SkipToLineOf(bracket);
-        if (std::all_of(next_, bracket, IsProfileBlank)) return Next(line);
-      }
       from = bracket + 1;
+      if (!SkipToHeader(bracket)) continue;
+      const std::string_view read(bracket, static_cast<std::size_t>(end_ - bracket));
+      if (read.size() >= start.size() && !read.starts_with(start)) continue;
+      const auto blanks = static_cast<std::size_t>(bracket - next_);
+      Next(line);
+      if (line.substr(blanks).starts_with(start)) return true;
+      from = next_;
     }
     SkipToLineOf(end_);
     if (atEnd_) return false;

@@ -31,9 +31,9 @@ class ProfileLineReader {
   /// of the file; a read error is taken for the end.
   bool Next(std::string_view& line);
 
-  /// The same for the next line whose first character that is not white space is "[". Far faster than looking
-  /// at every line in between.
-  bool NextHeader(std::string_view& line);
+  /// The same for the next line that, behind white space, begins with `start`, which begins with "[". Far
+  /// faster than looking at every line in between.
+  bool NextHeader(std::string_view& line, std::string_view start = "[");
 
   /// Where in the file the line handed out last begins, and where it ends.
   std::uint64_t LineStart() const { return lineStart_; }
@@ -42,6 +42,7 @@ class ProfileLineReader {
  private:
   void Fill();
   void SkipToLineOf(const char* place);
+  bool SkipToHeader(const char* bracket);
   void Advance(std::size_t length);
 
   const int file_;
