@@ -118,12 +118,6 @@ void JsonWriter::Grow(std::size_t needed) {
   capacity_ = wanted;
 }
 
-void JsonWriter::Put(std::string_view text) {
-  Reserve(text.size());
-  if (!text.empty()) std::memcpy(buffer_ + size_, text.data(), text.size());
-  size_ += text.size();
-}
-
 const char* JsonWriter::TerminatedText() {
   Reserve(1);
   buffer_[size_] = '\0';
@@ -184,11 +178,11 @@ JsonWriter::Level JsonWriter::Open(const CommandValue& value) {
 void JsonWriter::WriteLeaf(const CommandValue& value) {
   switch (KindOf(value)) {
     case CommandKind::Null:
-      return Put("null");
+      return WriteJson("null");
     case CommandKind::False:
-      return Put("false");
+      return WriteJson("false");
     case CommandKind::True:
-      return Put("true");
+      return WriteJson("true");
     case CommandKind::String:
       return WriteText(TextOf(value));
     case CommandKind::Number:
@@ -219,8 +213,11 @@ void JsonWriter::WriteNumber(const CommandValue& value) {
   size_ += static_cast<std::size_t>(end.ptr - first);
 }
 
-void JsonWriter::WriteString(const char* text, std::uint32_t length) {
-  WriteText({text, length});
+void JsonWriter::WriteNumber(std::uint32_t number) {
+  constexpr std::size_t kLongest = 10;
+  Reserve(kLongest);
+  char* const first = buffer_ + size_;
+  size_ += static_cast<std::size_t>(std::to_chars(first, first + kLongest, number).ptr - first);
 }
 
 void JsonWriter::WriteText(std::string_view text) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -26,7 +27,18 @@ class JsonWriter {
   const CommandValue& WriteValue(const CommandValue& value);
 
   /// Appends a text in quotes, escaped. Bytes above 0x7F stay as they are.
-  void WriteString(const char* text, std::uint32_t length);
+  void WriteText(std::string_view text);
+  void WriteString(const char* text, std::uint32_t length) { WriteText({text, length}); }
+
+  /// Appends a number.
+  void WriteNumber(std::uint32_t number);
+
+  /// Appends JSON text as it is: what stands between values that are written one by one.
+  void WriteJson(std::string_view text) {
+    Reserve(text.size());
+    if (!text.empty()) std::memcpy(buffer_ + size_, text.data(), text.size());
+    size_ += text.size();
+  }
 
   /// What was written so far; valid until the next operation.
   std::string_view Text() const noexcept { return {buffer_, size_}; }
@@ -47,14 +59,12 @@ class JsonWriter {
   };
 
   Level Open(const CommandValue& value);
-  void WriteText(std::string_view text);
   void WriteLeaf(const CommandValue& value);
   void WriteNumber(const CommandValue& value);
   void Put(char character) {
     Reserve(1);
     buffer_[size_++] = character;
   }
-  void Put(std::string_view text);
   void Reserve(std::size_t needed) {
     if (needed > capacity_ - size_) Grow(needed);
   }

@@ -1,5 +1,6 @@
+#include <utility>
+
 #include "data/Command.h"
-#include "data/JsonWriter.h"
 #include "platform/CDebugClient.h"
 #include "tree/RequestHandler.h"
 #include "tree/StatusExport.h"
@@ -95,13 +96,11 @@ void RequestHandler::NodeIsCss(Request& request) const {
 
 void RequestHandler::WholeTree(Request& request) const {
   EM_TRACE(3, "\nEM_STATUS (REQUEST) : Get complete system status tree");
-  const auto document = ExportStatusTree(tree_, *request.scan);
+  auto text = ExportStatusTree(tree_, *request.scan);
   CommandValue* command = EnsureCurrentCommand(request.command);
-  if (!document || command == nullptr) return;
-  JsonWriter writer;
-  writer.WriteValue(*document);
+  if (!text || command == nullptr) return;
   RemoveMember(*command, "DA");
-  SetData(request.command, writer.TakeText());
+  SetData(request.command, std::move(*text));
 }
 
 }  // namespace emstatus
