@@ -55,7 +55,7 @@ std::vector<std::unique_ptr<Provider>> MakeLinuxProviders(const LinuxOptions& op
   if (has("/proc/self/mountinfo")) {
     providers.push_back(std::make_unique<FilesystemProvider>(files, options.filesystems));
   }
-  providers.push_back(std::make_unique<NetworkProvider>(files(), options.requiredLinks));
+  providers.push_back(std::make_unique<NetworkProvider>(files, options.requiredLinks));
   if (!options.requiredProcesses.empty() && (isThisMachine || HoldsProcesses(*look))) {
     providers.push_back(std::make_unique<ProcessProvider>(files(), options.requiredProcesses));
   }
