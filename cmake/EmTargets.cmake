@@ -44,7 +44,7 @@ function(em_test name)
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE em_flags em_test_support ${arg_DEPENDS} GTest::gtest_main)
   # The module looks its trace sink up by name in the running program.
-  set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON UNITY_BUILD OFF)
+  set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)
   # Tests are built more often than they are run.
   target_compile_options(${name} PRIVATE -O0)
   target_compile_definitions(${name} PRIVATE EM_SOURCE_DIR="${PROJECT_SOURCE_DIR}")

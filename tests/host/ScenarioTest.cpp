@@ -10,7 +10,7 @@ namespace {
 using nlohmann::json;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kPatience{5000};
+constexpr milliseconds kScenarioPatience{5000};
 
 std::string Document(const std::string& objects, const std::string& more = "") {
   return R"({"format": 1, "name": "test", )" + more + R"("objects": [)" + objects + "]}";
@@ -21,7 +21,7 @@ ScenarioMachine Machine(const std::string& objects, const std::string& more = ""
 }
 
 Answer Ask(ScenarioMachine& machine, std::uint32_t code, Question question, std::uint32_t object = 0,
-           milliseconds timeout = kPatience, std::uint32_t cabinet = 0) {
+           milliseconds timeout = kScenarioPatience, std::uint32_t cabinet = 0) {
   return machine.Ask({code, std::uint32_t(question), object, cabinet, std::nullopt}, timeout);
 }
 
@@ -116,15 +116,15 @@ TEST(ScenarioMachine, ObjectsAreNumberedByClassAndCabinet) {
     {"class": "disk", "name": "d2"}, {"class": "disk", "name": "e1", "cabinet": 3})",
                          R"("extensionCabinets": [3], )");
   EXPECT_EQ(Ask(machine, 0x0501, Question::Count), Answer::Of(2));
-  EXPECT_EQ(Ask(machine, 0x0501, Question::Count, 0, kPatience, 3), Answer::Of(1));
-  EXPECT_EQ(Ask(machine, 0x0501, Question::Count, 0, kPatience, 4), Answer::Of(0));
+  EXPECT_EQ(Ask(machine, 0x0501, Question::Count, 0, kScenarioPatience, 3), Answer::Of(1));
+  EXPECT_EQ(Ask(machine, 0x0501, Question::Count, 0, kScenarioPatience, 4), Answer::Of(0));
   EXPECT_EQ(Ask(machine, 0x0501, Question::Name, 2), Answer::Of("d2")) << "disks count from 1";
-  EXPECT_EQ(Ask(machine, 0x0501, Question::Name, 1, kPatience, 3), Answer::Of("e1"));
+  EXPECT_EQ(Ask(machine, 0x0501, Question::Name, 1, kScenarioPatience, 3), Answer::Of("e1"));
   EXPECT_EQ(Ask(machine, 0x0501, Question::ClassName), Answer::Of("Disks"));
   EXPECT_EQ(Ask(machine, 0x0501, Question::State, 0).status, 2U);
   EXPECT_EQ(Ask(machine, 0x0501, Question::State, 3).status, 2U);
   EXPECT_EQ(Ask(machine, 0x0999, Question::State).status, 1U);
-  EXPECT_EQ(machine.Ask({0x0501, 0x0077, 1, 0, std::nullopt}, kPatience).status, 1U);
+  EXPECT_EQ(machine.Ask({0x0501, 0x0077, 1, 0, std::nullopt}, kScenarioPatience).status, 1U);
 }
 
 TEST(ScenarioMachine, ANamedObjectIsFoundByItsNumberLater) {
@@ -133,10 +133,10 @@ TEST(ScenarioMachine, ANamedObjectIsFoundByItsNumberLater) {
   const ObjectAddress address{ObjectClass::FilesystemSpace, 0xFF01, 0};
   EXPECT_FALSE(machine.Find(address));
   const Request request{0x0601, 2, 0xFF01, 0, json("/var")};
-  EXPECT_EQ(machine.Ask(request, kPatience), Answer::Of(1));
+  EXPECT_EQ(machine.Ask(request, kScenarioPatience), Answer::Of(1));
   ASSERT_TRUE(machine.Find(address));
   EXPECT_EQ(machine.Find(address)->reading.name, "/var");
-  EXPECT_EQ(machine.Ask({0x0601, 2, 0xFF01, 0, json("/usr")}, kPatience).status, 2U);
+  EXPECT_EQ(machine.Ask({0x0601, 2, 0xFF01, 0, json("/usr")}, kScenarioPatience).status, 2U);
 }
 
 TEST(ScenarioMachine, GroupCountsTheMembersThatWork) {

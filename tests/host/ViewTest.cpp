@@ -12,7 +12,8 @@
 namespace emstatus::host {
 namespace {
 
-constexpr const char* kTree = R"({"SystemStatusTree":{},"Version":1,"Id":"root","Desig":"Server","Status":3,
+constexpr const char* kViewTree =
+    R"({"SystemStatusTree":{},"Version":1,"Id":"root","Desig":"Server","Status":3,
 "CssStatus":3,"NoCssStatus":1,"IsCss":0,"Children":[
  {"Id":"F","Desig":"Fans","Status":3,"CssStatus":3,"NoCssStatus":1,"IsCss":0,"Children":[
   {"Id":"Fans","Desig":"Fans","Status":3,"CssStatus":3,"NoCssStatus":1,"IsCss":0,"Children":[
@@ -31,7 +32,7 @@ constexpr const char* kScenario = R"({"format": 1, "name": "view", "extensionCab
 class ViewTest : public testing::Test {
  protected:
   ViewTest() {
-    report_.root = ReadStatusTree(kTree);
+    report_.root = ReadStatusTree(kViewTree);
     AttachObjects(report_.root, machine_, 0);
     report_.systemStatus = 2;
     report_.led = 0x83;
@@ -119,7 +120,7 @@ TEST_F(ViewTest, InstancesAreFoundByTheirPlace) {
 }
 
 TEST(StatusNode, ClassesWithoutPartsAreAbsent) {
-  StatusNode root = ReadStatusTree(kTree);
+  StatusNode root = ReadStatusTree(kViewTree);
   DropAbsent(root);
   ASSERT_EQ(root.children.size(), 1U);
   EXPECT_EQ(root.children[0].designation, "Fans");

@@ -12,7 +12,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kPatience{60000};
+constexpr milliseconds kWorkerPatience{60000};
 
 /// Stuck in the system: does not heed the stop token. Let it go before the test ends.
 struct Stuck {
@@ -38,11 +38,11 @@ TEST(Worker, LateAnswerIsDroppedAndNobodyWaitsBehindIt) {
   do {
     EXPECT_EQ(worker.Call(stuck->Job(stuck), milliseconds(10)), std::nullopt);
   } while (!stuck->reached.try_acquire());
-  EXPECT_EQ(worker.Call(Says("next"), kPatience), std::nullopt)
+  EXPECT_EQ(worker.Call(Says("next"), kWorkerPatience), std::nullopt)
       << "fails at once while the worker is overdue";
   stuck->go.release();
   std::optional<Answer> answer;
-  while (!(answer = worker.Call(Says("again"), kPatience))) {
+  while (!(answer = worker.Call(Says("again"), kWorkerPatience))) {
     std::this_thread::yield();
   }
   EXPECT_EQ(answer, Answer::Of("again")) << "the late answer went to somebody else";
@@ -55,9 +55,9 @@ TEST(Worker, CallThatDidNotWaitLeavesAnIdleWorkerFree) {
   }
   // At most one of them is still at work.
   std::optional<Answer> answer;
-  const auto limit = std::chrono::steady_clock::now() + kPatience;
+  const auto limit = std::chrono::steady_clock::now() + kWorkerPatience;
   while (!answer && std::chrono::steady_clock::now() < limit) {
-    answer = worker.Call(Says("y"), kPatience);
+    answer = worker.Call(Says("y"), kWorkerPatience);
     std::this_thread::yield();
   }
   EXPECT_EQ(answer, Answer::Of("y"));
@@ -66,7 +66,8 @@ TEST(Worker, CallThatDidNotWaitLeavesAnIdleWorkerFree) {
 TEST(Worker, JobThatTimedOutInTheQueueNeverRuns) {
   Worker worker("test");
   const auto stuck = std::make_shared<Stuck>();
-  auto first = std::async(std::launch::async, [&] { return worker.Call(stuck->Job(stuck), kPatience); });
+  auto first =
+      std::async(std::launch::async, [&] { return worker.Call(stuck->Job(stuck), kWorkerPatience); });
   stuck->reached.acquire();
   const auto ran = std::make_shared<std::atomic<bool>>(false);
   const auto mark = [ran](const std::stop_token&) {
@@ -76,24 +77,24 @@ TEST(Worker, JobThatTimedOutInTheQueueNeverRuns) {
   EXPECT_EQ(worker.Call(mark, milliseconds(10)), std::nullopt);
   stuck->go.release();
   EXPECT_EQ(first.get(), Answer::Of("late"));
-  EXPECT_EQ(worker.Call(Says("x"), kPatience), Answer::Of("x"));
+  EXPECT_EQ(worker.Call(Says("x"), kWorkerPatience), Answer::Of("x"));
   EXPECT_FALSE(*ran);
 }
 
 TEST(Worker, JobThatThrowsFails) {
   Worker worker("test");
   const auto fails = [](const std::stop_token&) -> Answer { throw std::runtime_error("x"); };
-  EXPECT_EQ(worker.Call(fails, kPatience), Answer::Refusal(AnswerStatus::Failed));
+  EXPECT_EQ(worker.Call(fails, kWorkerPatience), Answer::Refusal(AnswerStatus::Failed));
 }
 
 TEST(Worker, StopReleasesCallersAndLetsAStuckThreadGo) {
   Worker worker("test");
   const auto stuck = std::make_shared<Stuck>();
-  auto call = std::async(std::launch::async, [&] { return worker.Call(stuck->Job(stuck), kPatience); });
+  auto call = std::async(std::launch::async, [&] { return worker.Call(stuck->Job(stuck), kWorkerPatience); });
   stuck->reached.acquire();
   worker.Stop(milliseconds(10));
   EXPECT_EQ(call.get(), std::nullopt);
-  EXPECT_EQ(worker.Call(Says("x"), kPatience), std::nullopt);
+  EXPECT_EQ(worker.Call(Says("x"), kWorkerPatience), std::nullopt);
   stuck->go.release();
 }
 
@@ -118,7 +119,7 @@ TEST(Worker, TaskRunsByIntervalByHurryAndByDescriptor) {
     runs->acquire();
     eventfd_write(descriptor, 1);
     runs->acquire();
-    EXPECT_EQ(worker.Call(Says("x"), kPatience), Answer::Of("x"));
+    EXPECT_EQ(worker.Call(Says("x"), kWorkerPatience), Answer::Of("x"));
   }
   EXPECT_FALSE(runs->try_acquire());
   close(descriptor);

@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::string_literals;
 
-struct Row {
+struct WriteCase {
   const char* what;
   std::string before;
   const char* key;
@@ -27,7 +27,7 @@ TEST(PrivateProfile, ChangesFilesInPlace) {
   const TemporaryDirectory directory;
   const std::string x1000(1000, 'x');
   const std::string far = "[t]\nz=" + std::string(200000, 'z') + "\n";
-  const Row rows[] = {
+  const WriteCase rows[] = {
       {"first entry: an empty line each time", "[s]\nk=1\nl=2\n", "k", "v", true, "[s]\n\nk=v\nl=2\n"},
       {"and once more", "[s]\n\nk=v\nl=2\n", "k", "w", true, "[s]\n\n\nk=w\nl=2\n"},
       {"second entry", "[s]\nk=1\nl \t=2\nm=3\n", "l", "v", true, "[s]\nk=1\nl=v\nm=3\n"},
@@ -62,7 +62,7 @@ TEST(PrivateProfile, ChangesFilesInPlace) {
       {"remove the last section", "[a]\nk=1\n[s]\nk=1\n\n", nullptr, nullptr, true, "[a]\nk=1\n"},
       {"remove a section that is not there", "[a]\n", nullptr, nullptr, false, "[a]\n"},
   };
-  for (const Row& row : rows) {
+  for (const WriteCase& row : rows) {
     const std::string path = directory.Write("x.ini", row.before);
     EXPECT_EQ(WritePrivateProfileString("s", row.key, row.value, path.c_str()), row.result) << row.what;
     EXPECT_EQ(directory.Read("x.ini"), row.after) << row.what;
@@ -95,7 +95,6 @@ TEST(PrivateProfile, MakesMissingFiles) {
 TEST(PrivateProfile, TellsChangesAndMissingFiles) {
   const TraceLevel level(4);
   Trace().Take();
-  using Lines = std::vector<std::string>;
   const TemporaryDirectory directory;
   const std::string path = directory.Write("x.ini", "[s]\nk=1\n");
   const std::string missing = directory.File("missing.ini");
@@ -103,23 +102,28 @@ TEST(PrivateProfile, TellsChangesAndMissingFiles) {
   char buffer[8];
 
   GetPrivateProfileString("s", "k", "", buffer, sizeof buffer, missing.c_str());
-  EXPECT_EQ(Trace().Take(), Lines{"GetPrivateProfileString: Cannot open " + missing + "\n"});
+  EXPECT_EQ(Trace().Take(),
+            std::vector<std::string>{"GetPrivateProfileString: Cannot open " + missing + "\n"});
   WritePrivateProfileString("s", "k", "v", path.c_str());
-  EXPECT_EQ(Trace().Take(), (Lines{"WritePrivateProfileString(s, k, v, " + path + ")\n",
-                                   "WritePrivateProfileString rc=0x0001\n"}));
+  EXPECT_EQ(Trace().Take(), (std::vector<std::string>{"WritePrivateProfileString(s, k, v, " + path + ")\n",
+                                                      "WritePrivateProfileString rc=0x0001\n"}));
   WritePrivateProfileString("t", nullptr, nullptr, path.c_str());
-  EXPECT_EQ(Trace().Take(), (Lines{"WritePrivateProfileString(t, <nil>, <nil>, " + path + ")\n",
-                                   "WritePrivateProfileString rc=0x0000\n"}));
+  EXPECT_EQ(Trace().Take(),
+            (std::vector<std::string>{"WritePrivateProfileString(t, <nil>, <nil>, " + path + ")\n",
+                                      "WritePrivateProfileString rc=0x0000\n"}));
   WritePrivateProfileString("t", "k", nullptr, missing.c_str());
-  EXPECT_EQ(Trace().Take(), Lines{"WritePrivateProfileString(t, k, <nil>, " + missing + ")\n"});
+  EXPECT_EQ(Trace().Take(),
+            std::vector<std::string>{"WritePrivateProfileString(t, k, <nil>, " + missing + ")\n"});
   WritePrivateProfileString("t", "k", "v", folder.c_str());
   EXPECT_EQ(Trace().Take(),
-            (Lines{"WritePrivateProfileString(t, k, v, " + folder + ")\n",
-                   "WritePrivateProfileString: ## WARNING: append open error: " + folder + "\n"}));
+            (std::vector<std::string>{
+                "WritePrivateProfileString(t, k, v, " + folder + ")\n",
+                "WritePrivateProfileString: ## WARNING: append open error: " + folder + "\n"}));
   EXPECT_FALSE(CheckedWritePrivateProfileString(nullptr, "k", "v", path.c_str()));
   EXPECT_FALSE(CheckedWritePrivateProfileString("s", "k", "v", nullptr));
-  EXPECT_EQ(Trace().Take(), (Lines{"WritePrivateProfileString: ## WARNING: invalid pointer to AppName\n",
-                                   "WritePrivateProfileString: ## WARNING: invalid pointer to FileName\n"}));
+  EXPECT_EQ(Trace().Take(), (std::vector<std::string>{
+                                "WritePrivateProfileString: ## WARNING: invalid pointer to AppName\n",
+                                "WritePrivateProfileString: ## WARNING: invalid pointer to FileName\n"}));
 }
 
 }  // namespace
