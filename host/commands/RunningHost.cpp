@@ -13,6 +13,7 @@
 #include "host/machine/ProviderMachine.h"
 #include "host/machine/ScenarioMachine.h"
 #include "host/view/NodeNames.h"
+#include "host/view/NodeRules.h"
 #include "host/view/SimulatedNodes.h"
 
 namespace emstatus::host {
@@ -57,6 +58,7 @@ RunningHost::RunningHost(const HostOptions& options) {
   machine_ = MakeMachine(options);
   std::filesystem::current_path(folder);
   words_ = StatusWords::FromFile("EM_STATUS.ini");
+  configuration_ = ReadConfiguration(ReadIniFile("EM_STATUS.ini"));
   SetTraceLevel(options.traceLevel);
 
   // Ends what is over before the module can read it.
@@ -95,7 +97,24 @@ std::vector<Notice> RunningHost::Wait(std::optional<std::chrono::milliseconds> l
   if (!stopped_ && descriptors[2].revents != 0) {
     FollowSimulation();
   }
-  return stopped_ ? std::vector<Notice>{} : notices_->Take();
+  if (stopped_) {
+    return {};
+  }
+  auto notices = notices_->Take();
+  FollowScans(notices);
+  return notices;
+}
+
+/// Not every change comes as an event, so each tree is looked at.
+void RunningHost::FollowScans(const std::vector<Notice>& notices) {
+  const auto lastEnd =
+      std::ranges::find(notices.rbegin(), notices.rend(), Notice::Kind::ScanEnd, &Notice::kind);
+  if (lastEnd == notices.rend()) {
+    return;
+  }
+  if (const auto text = session_->TreeText()) {
+    since_.Follow(ReadStatusTree(*text), std::chrono::floor<std::chrono::seconds>(lastEnd->time));
+  }
 }
 
 void RunningHost::FollowSimulation() {
@@ -122,7 +141,11 @@ Report RunningHost::MakeReport(std::uint32_t led) {
   MarkSimulated(report.root, report.simulation);
   DropAbsent(report.root);
   AttachObjects(report.root, *machine_, ModuleSession::kServerCabinet);
+  ApplyRules(report.root, configuration_);
+  AttachConstantObjects(report.root, configuration_, *machine_, ModuleSession::kServerCabinet);
   CountCoverage(report.root);
+  TellMargins(report.root, configuration_);
+  since_.Tell(report);
   report.systemStatus = session_->SystemStatus().value_or(0);
   report.led = led;
   return report;

@@ -7,6 +7,7 @@
 
 #include "host/commands/HostOptions.h"
 #include "host/commands/StopSignals.h"
+#include "host/configuration/Configuration.h"
 #include "host/machine/Machine.h"
 #include "host/module/ComponentPlaces.h"
 #include "host/module/Host.h"
@@ -16,6 +17,7 @@
 #include "host/simulation/SimulationTracker.h"
 #include "host/simulation/SimulationWatch.h"
 #include "host/view/Report.h"
+#include "host/view/SinceTracker.h"
 #include "host/view/StatusChange.h"
 #include "host/view/StatusWords.h"
 
@@ -57,10 +59,13 @@ class RunningHost {
 
  private:
   void FollowSimulation();
+  void FollowScans(const std::vector<Notice>& notices);
 
   // In the order of their making
   StopSignals signals_;
   StatusWords words_;
+  Configuration configuration_;
+  SinceTracker since_;
   std::shared_ptr<NoticeQueue> notices_ = std::make_shared<NoticeQueue>();
   std::unique_ptr<Machine> machine_;
   std::unique_ptr<SimulationWatch> simulationWatch_;

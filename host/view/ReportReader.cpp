@@ -2,6 +2,8 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
+#include <utility>
 
 #include "host/machine/JsonNode.h"
 #include "host/machine/Numbering.h"
@@ -120,7 +122,8 @@ void ReadKnowledge(const JsonNode& json, StatusNode& node) {
   if (const auto margin = json.Find("Margin")) {
     const JsonNode failures = margin->At("Failures");
     node.margin = {failures.Value().is_null() ? std::nullopt : std::optional(failures.Whole(0, kLargest)),
-                   margin->At("Group").Text()};
+                   margin->At("Group").Text(), WholeAt(*margin, "Members"), WholeAt(*margin, "Needed"),
+                   WholeAt(*margin, "Present")};
   }
   if (const auto rule = json.Find("Rule")) {
     node.rule = {rule->At("File").Text(), WholeAt(*rule, "Line"), rule->At("Section").Text(),
@@ -209,6 +212,30 @@ Report ReadReport(const nlohmann::json& json) {
   }
   report.root = ReadReportNode(document.At("Tree"), 0);
   return report;
+}
+
+namespace {
+
+void ReadWords(const JsonNode& node, std::map<std::uint32_t, std::string>& names) {
+  if (node.Find("StatusName")) {
+    names[WholeAt(node, "Status")] = node.At("StatusName").Text();
+  }
+  if (const auto children = node.Find("Children")) {
+    for (const JsonNode& child : children->Elements()) {
+      ReadWords(child, names);
+    }
+  }
+}
+
+}  // namespace
+
+StatusWords ReadStatusWords(const nlohmann::json& json) {
+  const std::string source = "the report";
+  const JsonNode document(json, source);
+  std::map<std::uint32_t, std::string> names;
+  ReadWords(document.At("Tree"), names);
+  names[WholeAt(document, "SystemStatus")] = document.At("SystemStatusName").Text();
+  return StatusWords(std::move(names));
 }
 
 }  // namespace emstatus::host

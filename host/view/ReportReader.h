@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/view/Report.h"
+#include "host/view/StatusWords.h"
 
 namespace emstatus::host {
 
@@ -10,5 +11,8 @@ namespace emstatus::host {
 /// that are not known are passed over. Throws a std::runtime_error that names the place and what was expected
 /// there when this is no report, or one of another version. [any thread]
 Report ReadReport(const nlohmann::json& json);
+
+/// The words that such a report has for the statuses in it; plain ones for all others.
+StatusWords ReadStatusWords(const nlohmann::json& json);
 
 }  // namespace emstatus::host

@@ -42,6 +42,17 @@ bool IsNumberOnly(const StatusNode& node) {
          node.designation.ends_with(index + "-" + std::to_string(address.cabinet));
 }
 
+Coverage CoverageOfLeaf(const StatusNode& leaf) {
+  if (!leaf.object) {
+    // One whose object is not there at all, or one that stands for none.
+    return {0, ObjectOfKey(leaf.associationKey, 0) ? 1U : 0U, {}};
+  }
+  const Quality quality = leaf.object->reading.quality;
+  const bool read = quality == Quality::Good;
+  return {read ? 1U : 0U, quality == Quality::Inactive ? 0U : 1U,
+          read ? leaf.object->age : std::chrono::milliseconds(0)};
+}
+
 const StatusNode* FindChild(const StatusNode& parent, std::string_view designation) {
   const auto found = std::ranges::find(parent.children, designation, &StatusNode::designation);
   return found == parent.children.end() ? nullptr : &*found;
@@ -67,16 +78,13 @@ void AttachObjects(StatusNode& node, const Machine& machine, std::uint32_t ownCa
 }
 
 void CountCoverage(StatusNode& node) {
-  node.coverage = {};
-  if (node.object) {
-    const ObjectView& object = *node.object;
-    const bool read = object.reading.quality == Quality::Good;
-    const bool counts = object.reading.quality != Quality::Inactive;
-    node.coverage = {read ? 1U : 0U, counts ? 1U : 0U, read ? object.age : std::chrono::milliseconds(0)};
-  } else if (node.children.empty() && ObjectOfKey(node.associationKey, 0)) {
-    // Its object is not there at all.
-    node.coverage.total = 1;
+  if (node.children.empty()) {
+    if (node.coverage == Coverage{}) {
+      node.coverage = CoverageOfLeaf(node);
+    }
+    return;
   }
+  node.coverage = {};
   for (StatusNode& child : node.children) {
     CountCoverage(child);
     node.coverage.read += child.coverage.read;

@@ -29,8 +29,12 @@ struct Coverage {
 struct RedundancyMargin {
   /// Nothing: not known, because the members could not be read.
   std::optional<std::uint32_t> failures;
-  /// The group with the smallest margin.
+  /// The group with the smallest margin; empty when the parts belong to none.
   std::string group;
+  /// Of that group: parts when it is whole, parts that it cannot do without, parts that work now.
+  std::uint32_t members = 0;
+  std::uint32_t needed = 0;
+  std::uint32_t present = 0;
 
   friend bool operator==(const RedundancyMargin&, const RedundancyMargin&) = default;
 };
@@ -71,7 +75,7 @@ StatusNode ReadStatusTree(std::string_view text);
 /// Finds the object of each node that has one. [any thread]
 void AttachObjects(StatusNode& node, const Machine& machine, std::uint32_t ownCabinet);
 
-/// Counts what could be read, from the leaves up; after AttachObjects.
+/// Counts what could be read, from the leaves up; after AttachObjects. A leaf that has a coverage keeps it.
 void CountCoverage(StatusNode& node);
 
 /// Whether the module keeps a status from before for a leaf of which nothing is known now.

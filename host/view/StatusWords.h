@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace emstatus::host {
 
@@ -12,6 +13,7 @@ namespace emstatus::host {
 class StatusWords {
  public:
   StatusWords() = default;
+  explicit StatusWords(std::map<std::uint32_t, std::string> names) : names_(std::move(names)) {}
   /// Takes the names from the text of an EM_STATUS.ini.
   explicit StatusWords(std::string_view configurationText);
 

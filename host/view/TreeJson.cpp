@@ -45,6 +45,14 @@ double Seconds(std::chrono::milliseconds duration) {
   return double(duration.count()) / 1000.0;
 }
 
+ordered_json MarginJson(const RedundancyMargin& margin) {
+  return {{"Failures", margin.failures ? ordered_json(*margin.failures) : ordered_json(nullptr)},
+          {"Group", CleanUtf8(margin.group)},
+          {"Members", margin.members},
+          {"Needed", margin.needed},
+          {"Present", margin.present}};
+}
+
 /// What emhost knows of the node beside the module's own members.
 void AddKnowledge(ordered_json& json, const StatusNode& node) {
   const Coverage& coverage = node.coverage;
@@ -54,9 +62,7 @@ void AddKnowledge(ordered_json& json, const StatusNode& node) {
     json["Since"] = UtcText(*node.since);
   }
   if (node.margin) {
-    const auto& failures = node.margin->failures;
-    json["Margin"] = {{"Group", CleanUtf8(node.margin->group)},
-                      {"Failures", failures ? ordered_json(*failures) : ordered_json(nullptr)}};
+    json["Margin"] = MarginJson(*node.margin);
   }
   if (node.rule) {
     json["Rule"] = {{"File", CleanUtf8(node.rule->file)},

@@ -6,6 +6,7 @@
 #include "host/machine/Utf8.h"
 #include "host/module/HostCodes.h"
 #include "host/view/Colours.h"
+#include "host/view/KnowledgeText.h"
 #include "host/view/ObjectText.h"
 #include "host/view/SimulationText.h"
 
@@ -24,11 +25,26 @@ struct Line {
   std::uint32_t status = 0;
 };
 
+void AddRemark(std::string& remark, const std::string& more) {
+  remark += (remark.empty() || more.empty() ? "" : "; ") + more;
+}
+
+/// Coverage where it says that something is missing, and always of the whole; redundancy where there is any.
+std::string KnowledgeOf(const StatusNode& node, std::size_t depth) {
+  const bool isIncomplete = !node.children.empty() && node.coverage.read < node.coverage.total;
+  std::string remark = depth == 0 || isIncomplete ? CoverageText(node.coverage) : std::string();
+  if (node.margin && !node.margin->group.empty()) {
+    AddRemark(remark, MarginText(*node.margin));
+  }
+  return remark;
+}
+
 Line LineOf(const StatusNode& node, std::size_t depth, const StatusWords& words) {
   Line line;
   line.name = std::string(depth * kIndent, ' ') + NodeName(node);
   line.status = node.status;
-  line.word = words.Of(node.status) + (node.simulated ? " (simulated)" : "");
+  line.word = StatusText(node, words.Of(node.status));
+  line.remark = KnowledgeOf(node, depth);
   if (!node.object) {
     return line;
   }
@@ -36,7 +52,7 @@ Line LineOf(const StatusNode& node, std::size_t depth, const StatusWords& words)
     line.name += " (cabinet " + std::to_string(node.object->address.cabinet) + ")";
   }
   line.reading = ReadingOf(*node.object);
-  line.remark = RemarkOn(*node.object);
+  AddRemark(line.remark, RemarkOn(*node.object));
   if (node.isCss && (node.status == 2 || node.status == 3)) {
     line.remark += line.remark.empty() ? "the customer can mend it" : " (the customer can mend it)";
   }

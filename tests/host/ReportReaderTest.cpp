@@ -63,7 +63,7 @@ Report FullReport() {
   inactive.object = Seen(ObjectClass::Fan, Quality::Inactive, 100);
   StatusNode component;
   component.id = component.designation = "Fans";
-  component.margin = {1, "zone"};
+  component.margin = {1, "zone", 3, 1, 2};
   component.children = {good,
                         late,
                         inactive,
@@ -114,6 +114,9 @@ TEST(ReportReader, IsTheInverseOfTheWriter) {
     EXPECT_TRUE(written["Tree"]["Children"][0]["Children"][0].contains(member)) << member;
   }
   EXPECT_EQ(read.simulation, report.simulation);
+
+  const json slow = json::parse(TreeJson(report, StatusWords("[StatusMapping]\nSlow=2\n")).dump());
+  EXPECT_EQ(ReadStatusWords(slow).Of(2), "Slow");
 
   const json bare = json::parse(TreeJson(Report{}, words).dump());
   EXPECT_EQ(json::parse(TreeJson(ReadReport(bare), words).dump()), bare);

@@ -34,6 +34,7 @@ class ViewTest : public testing::Test {
   ViewTest() {
     report_.root = ReadStatusTree(kViewTree);
     AttachObjects(report_.root, machine_, 0);
+    CountCoverage(report_.root);
     report_.systemStatus = 2;
     report_.led = 0x83;
   }
@@ -45,9 +46,9 @@ class ViewTest : public testing::Test {
 
 TEST_F(ViewTest, TreeForPeople) {
   EXPECT_EQ(TreeText(report_, words_, false),
-            "Server                       Broken\n"
-            "  Fans                       Broken\n"
-            "    Fans                     Broken\n"
+            "Server                       Broken              2 of 3 read, oldest 0 s\n"
+            "  Fans                       Broken              2 of 3 read, oldest 0 s\n"
+            "    Fans                     Broken              2 of 3 read, oldest 0 s\n"
             "      Lüfter 1               OK        4200 RPM\n"
             "      Rear                   Broken    0 RPM     0 RPM, at least 600 RPM expected; 1 of 2 work, "
             "1 needed; replace it (the customer can mend it)\n"
