@@ -117,17 +117,18 @@ void MachineFolder::Remove(const std::string& path) {
 
 void MachineFolder::Fail(const std::string& path, int error) {
   const std::lock_guard lock(state_->lock);
-  state_->errors[path] = error;
+  state_->errors[state_->Place(path)] = error;
 }
 
 void MachineFolder::Hang(const std::string& path) {
   const std::lock_guard lock(state_->lock);
-  state_->hanging.insert(path);
+  state_->hanging.insert(state_->Place(path));
 }
 
 void MachineFolder::WaitUntilHanging(const std::string& path) {
+  const std::string place = state_->Place(path);
   std::unique_lock lock(state_->lock);
-  state_->changed.wait(lock, [&] { return state_->hung.contains(path); });
+  state_->changed.wait(lock, [&] { return state_->hung.contains(place); });
 }
 
 void MachineFolder::Release() {
@@ -139,7 +140,7 @@ void MachineFolder::Release() {
 
 void MachineFolder::ClearOnRead(const std::string& path) {
   const std::lock_guard lock(state_->lock);
-  state_->clearing.insert(path);
+  state_->clearing.insert(state_->Place(path));
 }
 
 void MachineFolder::SetRoom(const std::string& mountPoint, const FilesystemRoom& room) {
@@ -149,11 +150,15 @@ void MachineFolder::SetRoom(const std::string& mountPoint, const FilesystemRoom&
 
 int MachineFolder::TakeReads(const std::string& path) {
   const std::lock_guard lock(state_->lock);
-  return std::exchange(state_->reads[path], 0);
+  return std::exchange(state_->reads[state_->Place(path)], 0);
 }
 
 std::string MachineFolder::Text(const std::string& path) const {
   return state_->folder.Read(state_->Place(path));
+}
+
+std::string MachineFolder::Path() const {
+  return state_->folder.Path().string();
 }
 
 FilesFactory MachineFolder::Factory() {
@@ -161,23 +166,25 @@ FilesFactory MachineFolder::Factory() {
 }
 
 int MachineFolder::State::Enter(const std::string& path) {
+  const std::string place = Place(path);
   std::unique_lock guard(lock);
-  ++reads[path];
-  if (hanging.contains(path)) {
-    hung.insert(path);
+  ++reads[place];
+  if (hanging.contains(place)) {
+    hung.insert(place);
     changed.notify_all();
-    changed.wait(guard, [&] { return !hanging.contains(path); });
-    hung.erase(path);
+    changed.wait(guard, [&] { return !hanging.contains(place); });
+    hung.erase(place);
     changed.notify_all();
   }
-  const auto error = errors.find(path);
+  const auto error = errors.find(place);
   return error == errors.end() ? 0 : error->second;
 }
 
 void MachineFolder::State::Leave(const std::string& path) {
+  const std::string place = Place(path);
   const std::lock_guard guard(lock);
-  if (clearing.contains(path)) {
-    folder.Write(Place(path), "0");
+  if (clearing.contains(place)) {
+    folder.Write(place, "0");
   }
 }
 

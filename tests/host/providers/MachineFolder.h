@@ -29,6 +29,8 @@ class MachineFolder {
   void Write(const FileTable& files);
   void Remove(const std::string& path);
 
+  // Below, a path stands for what it leads to through links, as they are then.
+
   /// Every call on the path fails with `error` (0: works again).
   void Fail(const std::string& path, int error);
   /// Every call on the path hangs until Release().
@@ -42,6 +44,8 @@ class MachineFolder {
   /// How often the path was read since the last call of this.
   int TakeReads(const std::string& path);
   std::string Text(const std::string& path) const;
+  /// Where the machine is, without any fault on order.
+  std::string Path() const;
 
   host::FilesFactory Factory();
   std::unique_ptr<host::SystemFiles> Files() { return Factory()(); }
