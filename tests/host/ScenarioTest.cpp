@@ -16,7 +16,7 @@ std::string Document(const std::string& objects, const std::string& more = "") {
   return R"({"format": 1, "name": "test", )" + more + R"("objects": [)" + objects + "]}";
 }
 
-ScenarioMachine Machine(const std::string& objects, const std::string& more = "") {
+ScenarioMachine MachineOf(const std::string& objects, const std::string& more = "") {
   return ScenarioMachine(ParseScenario(Document(objects, more), "test"));
 }
 
@@ -83,9 +83,9 @@ TEST(ScenarioFile, TheShippedExampleIsRight) {
 }
 
 TEST(ScenarioMachine, StoryGoesOnWithTheScans) {
-  auto machine = Machine(R"({"class": "fan", "name": "a", "unit": "RPM", "limits": {"lowerCritical": 600},
+  auto machine = MachineOf(R"({"class": "fan", "name": "a", "unit": "RPM", "limits": {"lowerCritical": 600},
     "story": [{"at": 1, "value": 900}, {"at": 3, "value": 0}, {"at": 4, "quality": "lost", "reason": "gone"}]})",
-                         R"("repeatAfter": 4, )");
+                           R"("repeatAfter": 4, )");
   for (const std::uint32_t state : {0U, 0U, 2U, 14U, 0U, 0U, 2U}) {
     machine.OnScanBegin();
     EXPECT_EQ(Ask(machine, 0x0102, Question::State), Answer::Of(state));
@@ -112,9 +112,9 @@ TEST(ScenarioMachine, StoryGoesOnWithTheClock) {
 }
 
 TEST(ScenarioMachine, ObjectsAreNumberedByClassAndCabinet) {
-  auto machine = Machine(R"({"class": "disk", "name": "d1"}, {"class": "fan", "name": "f"},
+  auto machine = MachineOf(R"({"class": "disk", "name": "d1"}, {"class": "fan", "name": "f"},
     {"class": "disk", "name": "d2"}, {"class": "disk", "name": "e1", "cabinet": 3})",
-                         R"("extensionCabinets": [3], )");
+                           R"("extensionCabinets": [3], )");
   EXPECT_EQ(Ask(machine, 0x0501, Question::Count), Answer::Of(2));
   EXPECT_EQ(Ask(machine, 0x0501, Question::Count, 0, kScenarioPatience, 3), Answer::Of(1));
   EXPECT_EQ(Ask(machine, 0x0501, Question::Count, 0, kScenarioPatience, 4), Answer::Of(0));
@@ -128,7 +128,7 @@ TEST(ScenarioMachine, ObjectsAreNumberedByClassAndCabinet) {
 }
 
 TEST(ScenarioMachine, ANamedObjectIsFoundByItsNumberLater) {
-  auto machine = Machine(R"({"class": "filesystem-space", "name": "/"},
+  auto machine = MachineOf(R"({"class": "filesystem-space", "name": "/"},
     {"class": "filesystem-space", "name": "/var", "condition": "warning", "reason": "full"})");
   const ObjectAddress address{ObjectClass::FilesystemSpace, 0xFF01, 0};
   EXPECT_FALSE(machine.Find(address));
@@ -141,7 +141,7 @@ TEST(ScenarioMachine, ANamedObjectIsFoundByItsNumberLater) {
 
 TEST(ScenarioMachine, GroupCountsTheMembersThatWork) {
   auto machine =
-      Machine(R"({"class": "fan", "name": "a", "redundancy": {"group": "g", "members": 3, "needed": 2}},
+      MachineOf(R"({"class": "fan", "name": "a", "redundancy": {"group": "g", "members": 3, "needed": 2}},
     {"class": "fan", "name": "b", "redundancy": {"group": "g", "members": 3, "needed": 2},
      "condition": "critical", "reason": "stopped"},
     {"class": "fan", "name": "c", "redundancy": {"group": "g", "members": 3, "needed": 2},
@@ -154,7 +154,7 @@ TEST(ScenarioMachine, GroupCountsTheMembersThatWork) {
 }
 
 TEST(ScenarioMachine, LatchedStateStaysUntilItIsConfirmed) {
-  auto machine = Machine(R"({"class": "intrusion", "name": "lid",
+  auto machine = MachineOf(R"({"class": "intrusion", "name": "lid",
     "story": [{"at": 1}, {"at": 2, "condition": "critical", "reason": "open", "latched": true}, {"at": 3}]})");
   const auto state = [&] { return *Ask(machine, 0x0107, Question::State).data; };
   machine.OnScanBegin();
@@ -171,7 +171,7 @@ TEST(ScenarioMachine, LatchedStateStaysUntilItIsConfirmed) {
 }
 
 TEST(ScenarioMachine, AnswersFailOrAreOfTheWrongType) {
-  auto machine = Machine(R"({"class": "fan", "name": "a", "answers": [{"to": "state", "data": "hot"}]},
+  auto machine = MachineOf(R"({"class": "fan", "name": "a", "answers": [{"to": "state", "data": "hot"}]},
     {"class": "fan", "name": "b", "answers": [{"status": 6}]},
     {"class": "fan", "name": "c", "answers": [{"to": "state", "data": {"RAW": [1, 0]}}, {"to": "name", "data": null}]},
     {"class": "voltage", "name": "v", "answers": [{"to": "count", "status": 9, "data": 1.5}]})");
@@ -186,7 +186,8 @@ TEST(ScenarioMachine, AnswersFailOrAreOfTheWrongType) {
 }
 
 TEST(ScenarioMachine, ASlowAnswerFailsAndDelaysNobodyElse) {
-  auto machine = Machine(R"({"class": "fan", "name": "a", "answers": [{"to": "state", "delaySeconds": 600}]},
+  auto machine =
+      MachineOf(R"({"class": "fan", "name": "a", "answers": [{"to": "state", "delaySeconds": 600}]},
     {"class": "fan", "name": "b", "source": "bmc", "answers": [{"to": "state", "delaySeconds": 600}]},
     {"class": "fan", "name": "c", "source": "bmc"}, {"class": "fan", "name": "d"})");
   EXPECT_EQ(Ask(machine, 0x0102, Question::State, 0, milliseconds(20)).status, 6U);
@@ -200,7 +201,7 @@ TEST(ScenarioMachine, ASlowAnswerFailsAndDelaysNobodyElse) {
 
 TEST(ScenarioMachine, StopReleasesThoseWhoWait) {
   auto machine =
-      Machine(R"({"class": "fan", "name": "a", "answers": [{"to": "state", "delaySeconds": 600}]})");
+      MachineOf(R"({"class": "fan", "name": "a", "answers": [{"to": "state", "delaySeconds": 600}]})");
   auto waiting = std::async(std::launch::async, [&] {
     return Ask(machine, 0x0102, Question::State, 0, milliseconds(600000)).status;
   });
