@@ -1,20 +1,39 @@
 #include "host/providers/EdacProvider.h"
 
 #include <algorithm>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
 #include "host/providers/KernelText.h"
+#include "host/providers/Lateness.h"
 #include "host/providers/ReadFault.h"
 #include "host/providers/ValueText.h"
 
 namespace emstatus::host {
 namespace {
 
-const std::string kFolder = "/sys/devices/system/edac/mc";
+using std::chrono::duration_cast;
+using std::chrono::seconds;
 
-bool IsNumbered(std::string_view name, std::string_view prefix) {
-  return NumberAfter(name, prefix).has_value();
+// Smaller steps of the clock are no matter: errors are kept by the hour.
+constexpr std::chrono::minutes kClockStep{10};
+
+unsigned long long Number(std::uint64_t number) {
+  return number;
+}
+
+Reading ModuleNamed(const std::string& id, const std::string& name) {
+  Reading reading;
+  reading.objectClass = ObjectClass::MemoryModule;
+  reading.id = id;
+  reading.name = name.empty() ? id : name;
+  reading.customerServiceable = true;
+  return reading;
+}
+
+bool BelongsTo(std::string_view id, std::string_view controller) {
+  return id.substr(0, id.find('/')) == controller;
 }
 
 }  // namespace
@@ -30,174 +49,154 @@ Reading JudgeMemoryModule(const ErrorHistory& history, std::int64_t now) {
   reading.measurement->limits.upperWarning = static_cast<double>(kCorrectedPerDay + 1);
   if (uncorrected > 0) {
     reading.condition = Condition::Critical;
-    reading.reason = Format("%llu uncorrected errors in the last 24 h, 0 expected",
-                            static_cast<unsigned long long>(uncorrected));
+    reading.reason = Format("%llu uncorrected errors in the last 24 h, 0 expected", Number(uncorrected));
     reading.advice = "replace the memory module, then confirm";
   } else if (history.Uncorrected() > 0) {
     reading.condition = Condition::Warning;
     reading.reason = Format("%llu uncorrected errors more than 24 h ago, not confirmed; 0 expected",
-                            static_cast<unsigned long long>(history.Uncorrected()));
+                            Number(history.Uncorrected()));
     reading.advice = "replace the memory module, then confirm";
-  } else if (corrected > kCorrectedPerDay) {
+  } else if (corrected > 0) {
+    reading.reason = Format("%llu corrected errors in the last 24 h, at most %llu expected",
+                            Number(corrected), Number(kCorrectedPerDay));
+  }
+  if (reading.condition == Condition::Good && corrected > kCorrectedPerDay) {
     reading.condition = Condition::Warning;
-    reading.reason =
-        Format("%llu corrected errors in the last 24 h, at most %llu expected; its failure is predicted",
-               static_cast<unsigned long long>(corrected), static_cast<unsigned long long>(kCorrectedPerDay));
+    reading.reason += "; its failure is predicted";
     reading.advice = "replace the memory module at the next opportunity, then confirm";
+  }
+  if (history.LastRise() > 0) {
+    reading.reason += (reading.reason.empty() ? "" : "; ") +
+                      Format("%llu new since the last read", Number(history.LastRise()));
   }
   return reading;
 }
 
-EdacProvider::EdacProvider(std::unique_ptr<SystemFiles> files, const std::string& stateFolder)
-    : files_(std::move(files)), state_(stateFolder, "memory-errors") {}
+EdacProvider::EdacProvider(const FilesFactory& makeFiles, const std::string& stateFolder,
+                           std::chrono::milliseconds patience)
+    : files_(makeFiles()), reads_(makeFiles, patience), state_(stateFolder, "memory-errors") {}
 
 std::vector<Reading> EdacProvider::Read(const ReadContext& context) {
-  const std::int64_t now =
-      std::chrono::duration_cast<std::chrono::seconds>(context.wallTime.time_since_epoch()).count();
   Load();
-  const std::vector<Module> modules = FindModules(now);
+  FollowClock(context);
+  const std::vector<std::string> controllers = FindControllers();
+  std::map<std::string, DeviceReads<EdacController>::Take> takes;
+  for (const std::string& name : controllers) {
+    takes[name] = [name](SystemFiles& files) { return ReadEdacController(files, name); };
+  }
   std::vector<Reading> readings;
-  for (const Module& module : modules) {
-    Reading reading = ReadModule(module, now);
-    if (reading.quality != Quality::Lost) {
-      readings.push_back(std::move(reading));
-    }
+  for (const auto& [name, answer] : reads_.Read(takes, context.now)) {
+    TellController(readings, name, answer, context);
   }
-  // Without its driver nothing is told of memory, so nothing is missed either.
-  if (!modules.empty()) {
-    TellGone(readings, modules);
-    Save(readings);
-  }
+  there_.clear();
+  std::ranges::transform(readings, std::inserter(there_, there_.end()), &Reading::id);
+  TellGone(readings, controllers);
+  Save();
+  NoteProblem(readings);
   return readings;
 }
 
-std::vector<EdacProvider::Module> EdacProvider::FindModules(std::int64_t now) {
-  const FileResult<std::vector<std::string>> controllers = files_->List(kFolder);
-  if (!controllers && !IsGone(controllers.error)) {
-    throw std::system_error(controllers.error, std::generic_category(), kFolder);
+std::vector<std::string> EdacProvider::FindControllers() {
+  FileResult<std::vector<std::string>> names = files_->List(kEdacFolder);
+  if (!names && !IsGone(names.error)) {
+    throw std::system_error(names.error, std::generic_category(), kEdacFolder);
   }
-  std::vector<Module> modules;
-  for (const std::string& controller : controllers.value) {
-    if (IsNumbered(controller, "mc")) {
-      AddController(modules, controller, now);
+  std::erase_if(names.value, [](const std::string& name) { return !NumberAfter(name, "mc"); });
+  return std::move(names.value);
+}
+
+void EdacProvider::FollowClock(const ReadContext& context) {
+  const auto offset = context.wallTime.time_since_epoch() -
+                      duration_cast<std::chrono::system_clock::duration>(context.now.time_since_epoch());
+  const auto step = offset - clockOffset_.value_or(offset);
+  if (step > kClockStep || step < -kClockStep) {
+    for (auto& [id, known] : known_) {
+      known.history.MoveClock(duration_cast<seconds>(step).count());
     }
   }
-  return modules;
+  clockOffset_ = offset;
 }
 
-void EdacProvider::AddController(std::vector<Module>& modules, const std::string& controller,
-                                 std::int64_t now) {
-  const std::string folder = kFolder + "/" + controller;
-  Module whole{controller,
-               "memory controller " + controller.substr(2) + " (errors without a module)",
-               folder,
-               "ce_noinfo_count",
-               "ue_noinfo_count",
-               std::nullopt};
-  if (const auto age = Number(folder + "/seconds_since_reset"); age && *age >= 0) {
-    whole.since = now - *age;
+void EdacProvider::TellController(std::vector<Reading>& readings, const std::string& controller,
+                                  const DeviceAnswer<EdacController>& answer, const ReadContext& context) {
+  if (!answer.sample) {
+    TellLate(readings, controller, context.now - answer.waitingSince.value_or(context.now));
+    return;
   }
-  if (!AddDimms(modules, folder, whole) && !AddRows(modules, folder, whole)) {
-    modules.push_back({controller, "memory of controller " + controller.substr(2), folder, "ce_count",
-                       "ue_count", whole.since});
-  } else if (Number(folder + "/ce_noinfo_count") || Number(folder + "/ue_noinfo_count")) {
-    modules.push_back(std::move(whole));
-  }
-}
-
-bool EdacProvider::AddDimms(std::vector<Module>& modules, const std::string& folder,
-                            const Module& controller) {
-  bool found = false;
-  for (const std::string& entry : files_->List(folder).value) {
-    if (!IsNumbered(entry, "dimm") && !IsNumbered(entry, "rank")) {
-      continue;
-    }
-    found = true;
-    Module module = controller;
-    module.id += "/" + entry;
-    module.countersFolder = folder + "/" + entry;
-    module.correctedName = "dimm_ce_count";
-    module.uncorrectedName = "dimm_ue_count";
-    const std::string label = LabelIn(module.countersFolder + "/dimm_label");
-    const FileResult<std::string> place = files_->ReadAttribute(module.countersFolder + "/dimm_location");
-    module.name = !label.empty()        ? label
-                  : place.value.empty() ? module.id
-                                        : module.id + " (" + std::string(Trimmed(place.value)) + ")";
-    modules.push_back(std::move(module));
-  }
-  return found;
-}
-
-// Older kernels count by the row of the board only.
-bool EdacProvider::AddRows(std::vector<Module>& modules, const std::string& folder,
-                           const Module& controller) {
-  bool found = false;
-  for (const std::string& entry : files_->List(folder).value) {
-    if (IsNumbered(entry, "csrow")) {
-      found = true;
-      Module module = controller;
-      module.id += "/" + entry;
-      module.countersFolder = folder + "/" + entry;
-      module.correctedName = "ce_count";
-      module.uncorrectedName = "ue_count";
-      const std::string label = LabelIn(module.countersFolder + "/ch0_dimm_label");
-      module.name = label.empty() ? module.id : label;
-      modules.push_back(std::move(module));
-    }
-  }
-  return found;
-}
-
-std::string EdacProvider::LabelIn(const std::string& path) {
-  std::string label(Trimmed(files_->ReadAttribute(path).value));
-  std::ranges::replace_if(
-      label, [](unsigned char character) { return character < ' '; }, ' ');
-  return label;
-}
-
-Reading EdacProvider::ReadModule(const Module& module, std::int64_t now) {
-  Reading unread;
-  unread.objectClass = ObjectClass::MemoryModule;
-  unread.id = module.id;
-  unread.name = module.name;
-  unread.customerServiceable = true;
+  const auto now = duration_cast<seconds>(context.wallTime.time_since_epoch()).count();
   ErrorHistory::Counters counters;
-  counters.since = module.since;
-  for (const auto& [name, count] : {std::pair(module.correctedName, &counters.corrected),
-                                    std::pair(module.uncorrectedName, &counters.uncorrected)}) {
-    const FileResult<std::string> text = files_->ReadAttribute(module.countersFolder + "/" + name);
-    const auto number = ParseUnsigned(text.value);
-    if (!text) {
-      SetUnread(unread, name, text.error);
-      return unread;
+  counters.boot = boot_;
+  counters.age = answer.sample->age;
+  if (counters.age) {
+    counters.began = duration_cast<seconds>(answer.takenAt.time_since_epoch()).count() - *counters.age;
+  }
+  std::vector<Reading> told;
+  for (const EdacModule& module : answer.sample->modules) {
+    told.push_back(JudgeModule(module, counters, now));
+  }
+  SetAge(told, answer.takenAt, context.now, LateAfter());
+  std::ranges::move(told, std::back_inserter(readings));
+}
+
+void EdacProvider::TellLate(std::vector<Reading>& readings, const std::string& controller,
+                            Clock::duration silence) const {
+  const std::size_t before = readings.size();
+  for (const auto& [id, known] : known_) {
+    if (BelongsTo(id, controller)) {
+      readings.push_back(ModuleNamed(id, known.name));
+    }
+  }
+  if (readings.size() == before) {
+    // It may turn out that it counts by modules.
+    readings.push_back(ModuleNamed(controller, "memory of controller " + controller.substr(2)));
+    readings.back().mayGo = true;
+  }
+  std::for_each(readings.begin() + static_cast<std::ptrdiff_t>(before), readings.end(),
+                [&](Reading& reading) { SetLate(reading, silence); });
+}
+
+Reading EdacProvider::JudgeModule(const EdacModule& module, ErrorHistory::Counters counters,
+                                  std::int64_t now) {
+  Reading reading = ModuleNamed(module.id, module.name);
+  for (const auto& [counter, count] : {std::pair(&module.corrected, &counters.corrected),
+                                       std::pair(&module.uncorrected, &counters.uncorrected)}) {
+    const auto number = ParseUnsigned(counter->text.value);
+    if (!counter->text) {
+      SetUnread(reading, counter->attribute, counter->text.error);
+      return reading;
     }
     if (!number) {
-      SetUnknown(unread, Quality::Implausible, name + " reads \"" + text.value + "\", a number expected");
-      return unread;
+      SetUnknown(reading, Quality::Implausible,
+                 counter->attribute + " reads \"" + counter->text.value + "\", a number expected");
+      return reading;
     }
     *count = *number;
   }
-  ErrorHistory& history = histories_[module.id];
-  history.Update(counters, now);
-  names_[module.id] = module.name;
-  Reading reading = JudgeMemoryModule(history, now);
-  reading.id = module.id;
-  reading.name = module.name;
-  return reading;
+  Known& known = known_[module.id];
+  known.history.Update(counters, now);
+  known.name = module.name;
+  Reading judged = JudgeMemoryModule(known.history, now);
+  judged.id = reading.id;
+  judged.name = reading.name;
+  return judged;
 }
 
-void EdacProvider::TellGone(std::vector<Reading>& readings, const std::vector<Module>& modules) {
-  for (const auto& [id, history] : histories_) {
-    if (std::ranges::find(modules, id, &Module::id) == modules.end()) {
-      Reading reading;
-      reading.objectClass = ObjectClass::MemoryModule;
-      reading.id = id;
-      reading.name = names_[id].empty() ? id : names_[id];
-      reading.customerServiceable = true;
-      SetUnknown(reading, Quality::Lost, "was there before and is gone");
-      reading.advice = "look whether the module is seated; confirm when it was taken out on purpose";
-      readings.push_back(std::move(reading));
+void EdacProvider::TellGone(std::vector<Reading>& readings, const std::vector<std::string>& controllers) {
+  for (const auto& [id, known] : known_) {
+    if (there_.contains(id)) {
+      continue;
     }
+    readings.push_back(ModuleNamed(id, known.name));
+    const bool isAlone =
+        std::ranges::any_of(controllers, [&id = id](const std::string& name) { return BelongsTo(id, name); });
+    SetUnknown(readings.back(), Quality::Lost,
+               isAlone ? "was there before and is gone" : "was there before and is gone with its controller");
+    readings.back().advice =
+        isAlone ? "look whether the module is seated; confirm when it was taken out on purpose"
+                : "look whether the driver of the memory controller (EDAC) is loaded; confirm "
+                  "when it is not wanted";
+    // Once confirmed, it is not told again.
+    readings.back().mayGo = true;
   }
 }
 
@@ -205,48 +204,51 @@ void EdacProvider::Load() {
   if (std::exchange(isLoaded_, true)) {
     return;
   }
-  for (const auto& [id, text] : state_.Load()) {
+  boot_ = Trimmed(files_->ReadAttribute("/proc/sys/kernel/random/boot_id").value);
+  const StateFile::Entries entries = state_.Load();
+  loadProblem_ = state_.Problem();
+  for (const auto& [id, text] : entries) {
     const std::size_t bar = text.find('|');
     if (auto history = ErrorHistory::FromText(std::string_view(text).substr(0, bar))) {
-      histories_.emplace(id, std::move(*history));
-      names_[id] = bar == std::string::npos ? "" : text.substr(bar + 1);
+      known_[id] = {std::move(*history), bar == std::string::npos ? "" : text.substr(bar + 1)};
+    } else {
+      loadProblem_ = state_.Path() + ": what is kept of " + id + " is not understood";
     }
   }
 }
 
-void EdacProvider::Save(std::vector<Reading>& readings) {
+void EdacProvider::Save() {
   StateFile::Entries entries;
-  for (const auto& [id, history] : histories_) {
-    entries[id] = history.Text() + "|" + names_[id];
+  for (const auto& [id, known] : known_) {
+    entries[id] = known.history.Text() + "|" + known.name;
   }
   state_.Save(entries);
-  if (state_.Problem().empty()) {
-    return;
-  }
-  for (Reading& reading : readings) {
-    if (reading.reason.empty()) {
-      reading.reason = "its errors cannot be kept over restarts: " + state_.Problem();
-    }
-  }
 }
 
-std::optional<std::int64_t> EdacProvider::Number(const std::string& path) {
-  const FileResult<std::string> text = files_->ReadAttribute(path);
-  return text ? ParseInteger(text.value) : std::nullopt;
+void EdacProvider::NoteProblem(std::vector<Reading>& readings) const {
+  std::string problem;
+  if (!state_.Problem().empty()) {
+    problem = "its errors cannot be kept over restarts: " + state_.Problem();
+  } else if (!loadProblem_.empty()) {
+    problem = "earlier errors may be forgotten: " + loadProblem_;
+  }
+  for (Reading& reading : readings) {
+    if (!problem.empty() && reading.quality == Quality::Good) {
+      reading.reason += (reading.reason.empty() ? "" : "; ") + problem;
+    }
+  }
 }
 
 bool EdacProvider::Confirm(ObjectClass objectClass, const std::string& id) {
-  const auto history = histories_.find(id);
-  if (objectClass != ObjectClass::MemoryModule || history == histories_.end()) {
+  const auto known = known_.find(id);
+  if (objectClass != ObjectClass::MemoryModule || known == known_.end()) {
     return false;
   }
-  // One that is still there gets a new, empty entry from its counters: those stay known.
-  const bool isThere = names_.contains(id) && files_->List(kFolder + "/" + id).error == 0;
-  if (isThere) {
-    history->second.Confirm();
+  loadProblem_.clear();
+  if (there_.contains(id)) {
+    known->second.history.Confirm();
   } else {
-    histories_.erase(history);
-    names_.erase(id);
+    known_.erase(known);
   }
   return true;
 }

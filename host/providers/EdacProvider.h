@@ -4,13 +4,15 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "host/providers/DeviceReads.h"
+#include "host/providers/EdacController.h"
 #include "host/providers/ErrorHistory.h"
 #include "host/providers/Provider.h"
 #include "host/providers/StateFile.h"
-#include "host/providers/SystemFiles.h"
 
 namespace emstatus::host {
 
@@ -20,11 +22,13 @@ inline constexpr std::uint64_t kCorrectedPerDay = 50;
 /// The reading of a memory module, without id and name, from its history. [any thread]
 Reading JudgeMemoryModule(const ErrorHistory& history, std::int64_t now);
 
-/// Memory modules by the error counters of their controllers (EDAC). What was counted is kept over restarts.
+/// Memory modules by the error counters of their controllers (EDAC), each of which is read on a lane of its
+/// own. What was counted, and which modules there were, is kept over restarts.
 class EdacProvider final : public Provider {
  public:
   /// `stateFolder` empty: nothing is kept.
-  EdacProvider(std::unique_ptr<SystemFiles> files, const std::string& stateFolder);
+  EdacProvider(const FilesFactory& makeFiles, const std::string& stateFolder,
+               std::chrono::milliseconds patience = ReadLanes::kPatience);
 
   std::string_view Name() const override { return "memory modules"; }
   std::chrono::milliseconds Interval() const override { return std::chrono::seconds(10); }
@@ -33,33 +37,36 @@ class EdacProvider final : public Provider {
   bool Confirm(ObjectClass objectClass, const std::string& id) override;
 
  private:
-  /// A pair of counters with what they belong to.
-  struct Module {
-    std::string id;
+  using Clock = std::chrono::steady_clock;
+  struct Known {
+    ErrorHistory history;
     std::string name;
-    std::string countersFolder;
-    std::string correctedName;
-    std::string uncorrectedName;
-    std::optional<std::int64_t> since;
   };
 
-  std::vector<Module> FindModules(std::int64_t now);
-  void AddController(std::vector<Module>& modules, const std::string& controller, std::int64_t now);
-  bool AddDimms(std::vector<Module>& modules, const std::string& folder, const Module& controller);
-  bool AddRows(std::vector<Module>& modules, const std::string& folder, const Module& controller);
-  std::string LabelIn(const std::string& path);
-  Reading ReadModule(const Module& module, std::int64_t now);
-  void TellGone(std::vector<Reading>& readings, const std::vector<Module>& modules);
+  std::vector<std::string> FindControllers();
+  void FollowClock(const ReadContext& context);
+  void TellController(std::vector<Reading>& readings, const std::string& controller,
+                      const DeviceAnswer<EdacController>& answer, const ReadContext& context);
+  void TellLate(std::vector<Reading>& readings, const std::string& controller, Clock::duration silence) const;
+  Reading JudgeModule(const EdacModule& module, ErrorHistory::Counters counters, std::int64_t now);
+  void TellGone(std::vector<Reading>& readings, const std::vector<std::string>& controllers);
   void Load();
-  void Save(std::vector<Reading>& readings);
-  std::optional<std::int64_t> Number(const std::string& path);
+  void Save();
+  void NoteProblem(std::vector<Reading>& readings) const;
 
   const std::unique_ptr<SystemFiles> files_;
+  DeviceReads<EdacController> reads_;
   StateFile state_;
   bool isLoaded_ = false;
-  std::map<std::string, ErrorHistory> histories_;
-  /// As they were last seen, for modules that are gone.
-  std::map<std::string, std::string> names_;
+  /// What was wrong with the file that was loaded; empty when nothing was.
+  std::string loadProblem_;
+  /// Names the start of the machine.
+  std::string boot_;
+  /// What the clock on the wall showed at the start of the machine's own clock, when it was last looked at.
+  std::optional<std::chrono::system_clock::duration> clockOffset_;
+  std::map<std::string, Known> known_;
+  /// Those that are there, of the last Read.
+  std::set<std::string> there_;
 };
 
 }  // namespace emstatus::host

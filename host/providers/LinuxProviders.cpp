@@ -44,7 +44,7 @@ std::vector<std::unique_ptr<Provider>> MakeLinuxProviders(const LinuxOptions& op
   providers.push_back(std::make_unique<ThermalZoneProvider>(files));
   providers.push_back(std::make_unique<PowerSupplyProvider>(files));
   providers.push_back(std::make_unique<ProcessorProvider>(files()));
-  providers.push_back(std::make_unique<EdacProvider>(files(), options.stateFolder));
+  providers.push_back(std::make_unique<EdacProvider>(files, options.stateFolder));
   if (has("/proc/meminfo")) {
     providers.push_back(std::make_unique<MemoryProvider>(files()));
   }

@@ -43,20 +43,25 @@ StateFile::Entries StateFile::Load() {
   }
   RealFiles files;
   const FileResult<std::string> text = files.ReadText(path_, kLongest);
-  if (!text && text.error != ENOENT) {
+  isUnreadable_ = !text && text.error != ENOENT;
+  if (isUnreadable_) {
     Fail(text.error);
   }
+  std::size_t number = 0;
   for (const std::string_view line : Lines(text.value)) {
+    ++number;
     const std::size_t tab = line.find('\t');
     if (tab != std::string_view::npos) {
       written_.emplace(line.substr(0, tab), line.substr(tab + 1));
+    } else {
+      problem_ = path_ + ": line " + std::to_string(number) + " is no entry";
     }
   }
   return written_;
 }
 
 void StateFile::Save(const Entries& entries) {
-  if (path_.empty() || (entries == written_ && problem_.empty())) {
+  if (path_.empty() || isUnreadable_ || (entries == written_ && problem_.empty())) {
     return;
   }
   problem_.clear();
@@ -64,21 +69,31 @@ void StateFile::Save(const Entries& entries) {
   for (const auto& [name, value] : entries) {
     text += name + "\t" + value + "\n";
   }
-  mkdir(folder_.c_str(), 0755);
-  const std::string fresh = path_ + ".new";
-  const int descriptor = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  const bool written = descriptor >= 0 && WriteAll(descriptor, text);
-  const int error = errno;
-  if (descriptor >= 0) {
-    close(descriptor);
-  }
-  if (!written) {
-    Fail(error);
-  } else if (rename(fresh.c_str(), path_.c_str()) != 0) {
-    Fail(errno);
-  } else {
+  if (Write(text)) {
     written_ = entries;
+  } else {
+    Fail(errno);
   }
+}
+
+bool StateFile::Write(const std::string& text) const {
+  mkdir(folder_.c_str(), 0755);
+  // Another emhost may write its own at the same time.
+  const std::string fresh = path_ + "." + std::to_string(getpid()) + ".new";
+  const int descriptor = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  if (descriptor < 0) {
+    return false;
+  }
+  const bool isWritten = WriteAll(descriptor, text);
+  const int error = errno;
+  close(descriptor);
+  if (isWritten && rename(fresh.c_str(), path_.c_str()) == 0) {
+    return true;
+  }
+  const int lastError = isWritten ? errno : error;
+  unlink(fresh.c_str());
+  errno = lastError;
+  return false;
 }
 
 void StateFile::Fail(int error) {
