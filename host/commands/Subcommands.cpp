@@ -1,5 +1,6 @@
 #include "host/commands/Subcommands.h"
 
+#include "host/commands/CheckConfigCommand.h"
 #include "host/commands/RunCommand.h"
 #include "host/commands/SimulateCommand.h"
 
@@ -9,6 +10,8 @@ namespace {
 constexpr Subcommand kSubcommands[] = {
     {"run", "Load the module, show the status tree, then each event as it comes", SetUpRunCommand},
     {"simulate", "Force the status of a part for a while, to see what would happen", SetUpSimulateCommand},
+    {"check-config", "Tell what is wrong with a configuration, also what the module passes over in silence",
+     SetUpCheckConfigCommand},
 };
 
 }  // namespace

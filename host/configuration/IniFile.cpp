@@ -14,8 +14,6 @@ namespace {
 
 constexpr std::string_view kIniSpace = " \t\n\v\f\r";
 constexpr std::size_t kLongestNumber = 31;
-/// The buffer in which the module lists names, without the zeros that end the list.
-constexpr std::size_t kLongestKeyList = 64510;
 
 std::string_view WithoutSpace(std::string_view text) {
   const std::size_t first = std::min(text.find_first_not_of(kIniSpace), text.size());
@@ -40,6 +38,9 @@ IniFile::IniFile(std::string_view text) {
     std::string_view line = text.substr(0, length);
     if (length > kLongestLine) {
       longLines_.push_back({number, length});
+    }
+    if (line.find('\0') != std::string_view::npos) {
+      zeroByteLines_.push_back(number);
     }
     while (!line.empty()) {
       TakePiece(line.substr(0, kLongestLine), number);
@@ -127,20 +128,24 @@ std::vector<std::string> IniFile::Keys(std::string_view section) const {
       keys.push_back(entry.key);
     }
   }
-  return length < kLongestKeyList ? keys : std::vector<std::string>{};
+  return length <= kLongestKeyList ? keys : std::vector<std::string>{};
 }
 
-IniFile ReadIniFile(const std::string& path) {
+std::string ReadFileText(const std::string& path) {
   std::error_code ignored;
   if (std::filesystem::is_directory(path, ignored)) {
     throw std::runtime_error(path + " is a folder, not a file.");
   }
   std::ifstream stream(path, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
   if (!stream.is_open() || stream.bad()) {
     throw std::runtime_error("cannot read " + path + ": " + std::generic_category().message(errno) + ".");
   }
-  return IniFile(text);
+  return text;
+}
+
+IniFile ReadIniFile(const std::string& path) {
+  return IniFile(ReadFileText(path));
 }
 
 }  // namespace emstatus::host

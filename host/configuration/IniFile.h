@@ -65,8 +65,11 @@ class IniFile {
   /// not begin with a number, `otherwise` for a missing or empty one.
   std::int32_t Number(std::string_view section, std::string_view key, std::int32_t otherwise) const;
 
-  /// In the order of the file, repeated ones repeated; an empty name ends the list, and a list of more than
-  /// 63 KiB is none.
+  /// What the names of a section may take together, each with a zero, for the module to see any of them.
+  static constexpr std::size_t kLongestKeyList = 64509;
+
+  /// In the order of the file, repeated ones repeated; an empty name ends the list, and a list that is too
+  /// long is none.
   std::vector<std::string> Keys(std::string_view section) const;
 
   /// The section that counts; null when there is none.
@@ -78,15 +81,23 @@ class IniFile {
 
   const std::vector<IniLongLine>& LongLines() const { return longLines_; }
 
+  /// Lines with a zero byte, which ends them for the module.
+  const std::vector<std::size_t>& ZeroByteLines() const { return zeroByteLines_; }
+
  private:
   void TakePiece(std::string_view piece, std::size_t line);
 
   std::vector<IniSection> sections_{1};
   std::map<std::string, std::size_t, std::less<>> firstOf_;
   std::vector<IniLongLine> longLines_;
+  std::vector<std::size_t> zeroByteLines_;
 };
 
-/// Reads the file at `path`. Throws a std::runtime_error that names it when it cannot be read or is no file.
+/// The bytes of the file at `path`. Throws a std::runtime_error that names it when it cannot be read or is no
+/// file.
+std::string ReadFileText(const std::string& path);
+
+/// The file, read in the same way.
 IniFile ReadIniFile(const std::string& path);
 
 }  // namespace emstatus::host

@@ -1,7 +1,6 @@
 #include "host/simulation/SimulationNames.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cstdlib>
 #include <optional>
@@ -10,6 +9,7 @@
 
 #include "host/configuration/Configuration.h"
 #include "host/configuration/IniFile.h"
+#include "host/configuration/NearestName.h"
 
 namespace emstatus::host {
 namespace {
@@ -40,29 +40,6 @@ bool IsUsable(const IniFile& ini, const std::string& section) {
   const bool named = ini.Value(section, "DisplayName") || ini.Value(section, "DisplayNameRequest");
   const std::string request = ini.Value(section, "StatusRequest").value_or("");
   return named && HasMapping(ini, section) && request.find("\"SNMP\"") == std::string::npos;
-}
-
-char Folded(char letter) {
-  return static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
-}
-
-/// How many letters must be changed, added or left out; case counts little.
-std::size_t Distance(std::string_view left, std::string_view right) {
-  constexpr std::size_t kLetter = 4;
-  std::vector<std::size_t> row(right.size() + 1);
-  for (std::size_t j = 0; j <= right.size(); ++j) {
-    row[j] = j * kLetter;
-  }
-  for (std::size_t i = 0; i < left.size(); ++i) {
-    std::size_t diagonal = std::exchange(row[0], (i + 1) * kLetter);
-    for (std::size_t j = 0; j < right.size(); ++j) {
-      const std::size_t same = Folded(left[i]) == Folded(right[j]) ? 1 : kLetter;
-      const std::size_t change = diagonal + (left[i] == right[j] ? 0 : same);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({change, row[j] + kLetter, diagonal + kLetter});
-    }
-  }
-  return row.back();
 }
 
 std::string List(const std::vector<std::string>& names) {
@@ -160,7 +137,7 @@ std::vector<std::string> SimulationNames::Nearest(const std::string& name) const
                                    ? name.substr(stem)
                                    : std::to_string(component.firstIndex);
     const std::string known = component.hasInstances ? component.instanceName + number : component.name;
-    const std::size_t distance = std::min(Distance(name, known), Distance(name, component.name));
+    const std::size_t distance = std::min(NameDistance(name, known), NameDistance(name, component.name));
     if (known.find('.') == std::string::npos) {
       rated.emplace_back(distance, known);
     }

@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "config/ConfigurationReader.h"
 #include "host/configuration/Configuration.h"
@@ -118,11 +116,6 @@ bool Compare(const fs::path& path) {
   return true;
 }
 
-std::string TextOf(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 TEST(ConfigurationAgreement, OnFilesOfThisRepository) {
   const fs::path root = EM_SOURCE_DIR;
   EXPECT_TRUE(Compare(root / "etc/EM_STATUS.ini"));
@@ -138,8 +131,8 @@ TEST(ConfigurationAgreement, OnFilesOfThisRepository) {
       Compare(file.path());
       // Also those that name no layout.
       TemporaryDirectory folderOfOne;
-      Compare(folderOfOne.Write("x.ini",
-                                "[Info]\nFilename=EM_STATUS.ini\nLayoutVersion=4\n" + TextOf(file.path())));
+      Compare(folderOfOne.Write("x.ini", "[Info]\nFilename=EM_STATUS.ini\nLayoutVersion=4\n" +
+                                             host::ReadFileText(file.path().string())));
       ++compared;
     }
   }
@@ -148,7 +141,7 @@ TEST(ConfigurationAgreement, OnFilesOfThisRepository) {
 
 /// Each line of the shipped file in turn is spoilt in the ways in which files are.
 TEST(ConfigurationAgreement, OnSpoiltFiles) {
-  const std::string text = TextOf(fs::path(EM_SOURCE_DIR) / "tests/data/runs/instances/EM_STATUS.ini");
+  const std::string text = host::ReadFileText(EM_SOURCE_DIR "/tests/data/runs/instances/EM_STATUS.ini");
   TemporaryDirectory folder;
   const std::string spoils[] = {";",
                                 "]",

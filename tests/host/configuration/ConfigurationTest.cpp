@@ -36,7 +36,7 @@ TEST(IniFile, KnowsWhereEverythingStands) {
 TEST(IniFile, TellsWhatCannotBeRead) {
   for (const char* path : {"/", "/nowhere/EM_STATUS.ini"}) {
     try {
-      ReadIniFile(path);
+      ReadFileText(path);
       FAIL() << path;
     } catch (const std::runtime_error& error) {
       EXPECT_NE(std::string(error.what()).find(path), std::string::npos) << error.what();
