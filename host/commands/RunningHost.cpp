@@ -22,6 +22,8 @@ namespace {
 /// A slow device may still be unread when the first scan begins; it then appears in a later one.
 constexpr std::chrono::milliseconds kFirstReading{3000};
 
+}  // namespace
+
 void SetTraceLevel(int level) {
   if (level >= 0) {
     setenv("QX_LOG_DEBUG_LEVEL", std::to_string(level).c_str(), 1);
@@ -32,8 +34,6 @@ std::string AbsoluteModule(const std::string& wanted) {
   const std::string path = wanted.empty() ? FindModule(ModuleCandidates(ProgramFolder())) : wanted;
   return std::filesystem::absolute(path).lexically_normal().string();
 }
-
-}  // namespace
 
 std::unique_ptr<Machine> MakeMachine(const HostOptions& options) {
   const std::string_view provider = options.provider;

@@ -26,6 +26,13 @@ namespace emstatus::host {
 /// The machine that --provider names. Throws a std::runtime_error when its scenario cannot be read.
 std::unique_ptr<Machine> MakeMachine(const HostOptions& options);
 
+/// The absolute path of the module's library: `wanted`, or where DefaultPaths finds it. Throws a ModuleError
+/// when it is nowhere.
+std::string AbsoluteModule(const std::string& wanted);
+
+/// Sets the trace level of a module that is loaded afterwards; a negative one leaves it as it is.
+void SetTraceLevel(int level);
+
 /// A module at work: machine, host, library and session, started by the constructor in this order and ended
 /// by the destructor in the opposite one. Changes into the configuration's folder, because the module looks
 /// there first. Follows the simulation file there, too. [main thread]

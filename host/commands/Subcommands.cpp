@@ -1,6 +1,7 @@
 #include "host/commands/Subcommands.h"
 
 #include "host/commands/CheckConfigCommand.h"
+#include "host/commands/FaultsCommand.h"
 #include "host/commands/RunCommand.h"
 #include "host/commands/SimulateCommand.h"
 
@@ -12,6 +13,8 @@ constexpr Subcommand kSubcommands[] = {
     {"simulate", "Force the status of a part for a while, to see what would happen", SetUpSimulateCommand},
     {"check-config", "Tell what is wrong with a configuration, also what the module passes over in silence",
      SetUpCheckConfigCommand},
+    {"faults", "Show what each single fault does, part by part: a table of the configuration",
+     SetUpFaultsCommand},
 };
 
 }  // namespace

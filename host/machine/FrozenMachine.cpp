@@ -17,7 +17,7 @@ Reading MadeGood(Reading reading) {
   return reading;
 }
 
-bool Works(Fault fault) {
+bool WorksWith(Fault fault) {
   return fault == Fault::Warning || fault == Fault::BeyondLimit;
 }
 
@@ -69,9 +69,22 @@ FrozenMachine::Forced FrozenMachine::NowForced() const {
   return forced_;
 }
 
+std::vector<ObjectView> FrozenMachine::Objects() const {
+  std::vector<ObjectView> objects;
+  for (const auto& [address, reading] : objects_) {
+    objects.push_back(View(address, reading));
+  }
+  return objects;
+}
+
 std::set<FrozenMachine::Asked> FrozenMachine::WasAsked() const {
   const std::lock_guard guard(lock_);
   return asked_;
+}
+
+void FrozenMachine::ForgetAsked() {
+  const std::lock_guard guard(lock_);
+  asked_.clear();
 }
 
 Answer FrozenMachine::Ask(const Request& request, std::chrono::milliseconds timeout) {
@@ -111,7 +124,7 @@ std::optional<Fault> FrozenMachine::FaultInGroup(const Redundancy& group, const 
   const auto failing = forced ? objects_.find(forced->first) : objects_.end();
   const bool member = failing != objects_.end() && failing->second.redundancy &&
                       failing->second.redundancy->group == group.group;
-  return member && !Works(forced->second) ? std::optional(forced->second) : std::nullopt;
+  return member && !WorksWith(forced->second) ? std::optional(forced->second) : std::nullopt;
 }
 
 ObjectView FrozenMachine::View(const ObjectAddress& address, const Reading& good) const {

@@ -30,8 +30,12 @@ class FrozenMachine final : public NumberedMachine {
   /// From now on all is good. [any thread]
   void Restore();
 
+  /// All objects, by class, cabinet and number. [any thread]
+  std::vector<ObjectView> Objects() const;
+
   /// What has been asked about objects that there are, whatever the answer was. [any thread]
   std::set<Asked> WasAsked() const;
+  void ForgetAsked();
 
   std::vector<std::uint32_t> ExtensionCabinets() const override { return cabinets_; }
   /// `changed` is called by Force and Restore.

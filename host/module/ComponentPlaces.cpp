@@ -18,14 +18,19 @@ void ComponentPlaces::Learn() {
   }
 }
 
-std::string ComponentPlaces::InstanceId(const std::string& subsystem, const std::string& component,
-                                        std::uint32_t index, std::uint32_t cabinet) {
+std::optional<std::pair<std::uint32_t, std::uint32_t>> ComponentPlaces::PlaceOf(
+    const std::string& subsystem, const std::string& component) {
   if (places_.empty()) {
     Learn();
   }
   const auto found = places_.find({subsystem, component});
-  return found == places_.end() ? std::string()
-                                : InstanceIdAt(found->second.first, found->second.second, index, cabinet);
+  return found == places_.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::string ComponentPlaces::InstanceId(const std::string& subsystem, const std::string& component,
+                                        std::uint32_t index, std::uint32_t cabinet) {
+  const auto place = PlaceOf(subsystem, component);
+  return place ? InstanceIdAt(place->first, place->second, index, cabinet) : std::string();
 }
 
 std::string ComponentPlaces::InstanceIdAt(std::uint32_t subsystem, std::uint32_t component,

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -19,6 +20,10 @@ class ComponentPlaces {
   /// no such component.
   std::string InstanceId(const std::string& subsystem, const std::string& component, std::uint32_t index,
                          std::uint32_t cabinet);
+
+  /// The positions of subsystem and component, by the same names; nothing when there is no such component.
+  std::optional<std::pair<std::uint32_t, std::uint32_t>> PlaceOf(const std::string& subsystem,
+                                                                 const std::string& component);
 
   std::string InstanceIdAt(std::uint32_t subsystem, std::uint32_t component, std::uint32_t index,
                            std::uint32_t cabinet);

@@ -21,6 +21,7 @@ enum class ScanCommand : std::uint32_t {
 enum class TreeCode : std::uint32_t {
   SubsystemId = 0x2302,
   SubsystemName = 0x2304,
+  ComponentStatus = 0x2306,
   ComponentId = 0x2307,
   ComponentName = 0x2308,
   SystemStatus = 0x230F,

@@ -60,6 +60,13 @@ std::optional<std::uint32_t> ModuleSession::SystemStatus() {
   return answer.status == 0 ? NumberOf(answer.data) : std::nullopt;
 }
 
+std::optional<std::uint32_t> ModuleSession::ComponentStatus(std::uint32_t subsystem,
+                                                            std::uint32_t component) {
+  const Answer answer =
+      Ask({std::uint32_t(TreeCode::ComponentStatus), subsystem, component, 0, std::nullopt});
+  return answer.status == 0 ? NumberOf(answer.data) : std::nullopt;
+}
+
 std::string ModuleSession::SubsystemName(std::uint32_t subsystem) {
   return AskText({std::uint32_t(TreeCode::SubsystemName), subsystem, 0, 0, std::nullopt});
 }

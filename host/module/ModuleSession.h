@@ -35,6 +35,10 @@ class ModuleSession {
   /// The status last reported for the whole system.
   std::optional<std::uint32_t> SystemStatus();
 
+  /// The status of a component in which redundancy counts, other than in the tree; 0 also when its
+  /// alternative answers. Nothing when the module does not know the place.
+  std::optional<std::uint32_t> ComponentStatus(std::uint32_t subsystem, std::uint32_t component);
+
   /// Names for people; empty when the module does not know the place.
   std::string SubsystemName(std::uint32_t subsystem);
   std::string ComponentName(std::uint32_t subsystem, std::uint32_t component);

@@ -86,6 +86,8 @@ TEST_F(FrozenMachineTest, LimitsOfTheConfigurationAreBrokenByTheirFaultOnly) {
 }
 
 TEST_F(FrozenMachineTest, WhatWasAskedIsKnownByTheObjectsOwnNumber) {
+  State(0x0102, 0);
+  machine_.ForgetAsked();
   EXPECT_EQ(Ask(0x0603, Question::State, 0xFF00, 0, "/var"), Answer::Of(0));
   State(0x0102, 7);
   Ask(0x0102, Question::Count, 0);
