@@ -1,6 +1,7 @@
 #include "host/providers/DiskJudge.h"
 
 #include <algorithm>
+#include <array>
 
 #include "host/providers/KernelText.h"
 #include "host/providers/ReadFault.h"
@@ -38,14 +39,33 @@ void Blame(Reading& reading, Condition condition, std::string reason, const char
 }
 
 void JudgeState(Reading& reading, const std::string& state) {
-  if (state == "running" || state == "live" || state == "created") {
-    return;
+  constexpr std::array<std::string_view, 4> kGood = {"running", "live", "created", "new"};
+  constexpr std::array<std::string_view, 6> kFailed = {"offline", "transport-offline", "deleted",
+                                                       "cancel",  "deleting (no IO)",  "dead"};
+  if (std::ranges::find(kGood, state) == kGood.end()) {
+    const bool hasFailed = std::ranges::find(kFailed, state) != kFailed.end();
+    Blame(reading, hasFailed ? Condition::Critical : Condition::Warning,
+          "its state is " + state + ", running expected",
+          "look at its cable or path and at the kernel log; replace it when it does not come back");
   }
-  const bool passing = state == "blocked" || state == "quiesce" || state == "created-blocked" ||
-                       state == "resetting" || state == "connecting" || state == "new";
-  Blame(reading, passing ? Condition::Warning : Condition::Critical,
-        "its state is " + state + ", running expected",
-        "look at its cable or path and at the kernel log; replace it when it does not come back");
+}
+
+// The state of the device, or of the controllers behind which a drive with several ports stands.
+std::optional<FileResult<std::string>> StateOf(SystemFiles& files, const std::string& device) {
+  const FileResult<std::string> own = files.ReadAttribute(device + "/state");
+  if (!IsGone(own.error)) {
+    return own;
+  }
+  std::optional<FileResult<std::string>> best;
+  for (const std::string& name : files.List(device).value) {
+    if (NumberAfter(name, "nvme")) {
+      const FileResult<std::string> state = files.ReadAttribute(device + "/" + name + "/state");
+      if (!IsGone(state.error) && (!best || state.value == "live")) {
+        best = state;
+      }
+    }
+  }
+  return best;
 }
 
 void JudgeLife(Reading& reading, const DiskFacts& disk) {
@@ -83,13 +103,43 @@ void JudgeErrors(Reading& reading, const DiskFacts& disk, DiskMemory& memory,
 
 }  // namespace
 
+DiskFacts ReadDisk(SystemFiles& files, const std::string& name) {
+  const std::string folder = "/sys/block/" + name;
+  const auto text = [&](const char* attribute) {
+    return std::string(Trimmed(files.ReadAttribute(folder + attribute).value));
+  };
+  const auto number = [&](const char* attribute) -> std::optional<std::uint64_t> {
+    const std::string line = text(attribute);
+    const std::vector<std::string_view> words = Words(line);
+    return words.empty() ? std::nullopt : ParseUnsigned(words.back());
+  };
+  DiskFacts disk;
+  disk.name = name;
+  disk.size = files.ReadAttribute(folder + "/size");
+  // A stick, a card reader, or a medium that a management controller lends: none of the machine's disks.
+  if (IsGone(disk.size.error) || number("/removable").value_or(0) != 0) {
+    return disk;
+  }
+  disk.state = StateOf(files, folder + "/device");
+  disk.endOfLife = number("/device/pre_eol_info");
+  disk.lifeUsed = number("/device/life_time");
+  disk.isTold = disk.state || disk.endOfLife || disk.lifeUsed;
+  disk.isAta = text("/device/vendor") == "ATA";
+  disk.model = text("/device/model");
+  for (const char* attribute : {"/wwid", "/device/wwid", "/device/serial", "/serial", "/device/cid"}) {
+    disk.identity = disk.identity.empty() ? text(attribute) : disk.identity;
+  }
+  disk.failures = number("/device/ioerr_cnt");
+  disk.timeouts = number("/device/iotmo_cnt");
+  return disk;
+}
+
 Reading JudgeDisk(const DiskFacts& disk, DiskMemory& memory, DiskMemory::Clock::time_point now) {
   Reading reading;
   reading.objectClass = ObjectClass::Disk;
   reading.id = disk.identity;
   reading.name = disk.name + (disk.model.empty() ? "" : " (" + disk.model + ")");
   reading.customerServiceable = true;
-  reading.mayGo = disk.isRemovable;
   if (!disk.size) {
     SetUnread(reading, "size", disk.size.error);
     return reading;
@@ -97,10 +147,6 @@ Reading JudgeDisk(const DiskFacts& disk, DiskMemory& memory, DiskMemory::Clock::
   const auto blocks = ParseUnsigned(disk.size.value);
   if (!blocks) {
     SetUnknown(reading, Quality::Implausible, "size reads \"" + disk.size.value + "\", a number expected");
-    return reading;
-  }
-  if (*blocks == 0 && disk.isRemovable) {
-    SetUnknown(reading, Quality::Inactive, "no medium in it");
     return reading;
   }
   if (disk.state && !*disk.state) {

@@ -20,7 +20,12 @@ struct DiskFacts {
   std::string identity;
   /// In blocks of 512 bytes.
   FileResult<std::string> size;
-  /// SCSI: "running", "blocked", "offline", ...; NVMe: the controller's; nothing for other disks.
+  /// The device sits on a bus that ATA commands go through.
+  bool isAta = false;
+  /// A whole disk of the machine of which the kernel knows more than that it is there.
+  bool isTold = false;
+  /// SCSI: "running", "blocked", "offline", ...; NVMe: the controller's, the best of several; nothing for
+  /// other disks.
   std::optional<FileResult<std::string>> state;
   /// SCSI: commands that failed, and that got no answer in time, since it was found.
   std::optional<std::uint64_t> failures;
@@ -29,7 +34,6 @@ struct DiskFacts {
   /// tenths (0xB: beyond it).
   std::optional<std::uint64_t> endOfLife;
   std::optional<std::uint64_t> lifeUsed;
-  bool isRemovable = false;
 };
 
 /// What is remembered of a disk from read to read.
@@ -46,6 +50,9 @@ struct DiskMemory {
 /// For how long failed commands are told, and how many of them are.
 inline constexpr std::chrono::hours kDiskWindow{1};
 inline constexpr std::uint64_t kDiskFailures = 10;
+
+/// Reads what the kernel tells of a disk by its name ("sda"). [any thread]
+DiskFacts ReadDisk(SystemFiles& files, const std::string& name);
 
 /// The reading of a disk. Updates `memory`. [any thread]
 Reading JudgeDisk(const DiskFacts& disk, DiskMemory& memory, DiskMemory::Clock::time_point now);

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <set>
 #include <system_error>
 #include <utility>
 
 #include "host/providers/KernelText.h"
+#include "host/providers/Lateness.h"
 #include "host/providers/ReadFault.h"
 
 namespace emstatus::host {
@@ -15,9 +15,10 @@ namespace {
 
 const std::string kFolder = "/sys/block";
 
-// Made by software, or optical drives and floppies, whose media come and go.
-constexpr std::array<std::string_view, 10> kLeftOut = {"loop", "ram", "zram", "dm-", "md",
-                                                       "sr",   "fd",  "nbd",  "rbd", "mtdblock"};
+// Made by software, of a virtual machine, or optical drives and floppies, whose media come and go.
+constexpr std::array<std::string_view, 16> kLeftOut = {"loop", "ram",  "zram",   "dm-",      "md", "sr",
+                                                       "fd",   "nbd",  "rbd",    "mtdblock", "vd", "xvd",
+                                                       "zd",   "drbd", "bcache", "nullb"};
 
 // One path to a multipath namespace ("nvme0c1n1"); the namespace itself is told.
 bool IsNvmePath(std::string_view name) {
@@ -31,56 +32,75 @@ bool IsLeftOut(std::string_view name) {
          std::ranges::any_of(kLeftOut, [&](std::string_view prefix) { return name.starts_with(prefix); });
 }
 
+// Bridges of USB enclosures and the like are left alone: some take these commands badly.
+bool IsAsked(const DiskFacts& disk) {
+  return disk.name.starts_with("nvme") || (disk.name.starts_with("sd") && disk.isAta);
+}
+
+// `known`: the disks so far, by identity. A second path to one of them is named as such.
+DiskFacts WithIdentity(DiskFacts disk, std::map<std::string, std::string>& known) {
+  if (disk.identity.empty()) {
+    disk.identity = disk.name;
+  } else if (const auto [first, isNew] = known.emplace(disk.identity, disk.name); !isNew) {
+    disk.identity += "-" + disk.name;
+    disk.model += (disk.model.empty() ? "" : ", ") + std::string("another path to ") + first->second;
+  }
+  return disk;
+}
+
+Reading Silent(const std::string& name, DiskMemory::Clock::duration silence) {
+  Reading reading;
+  reading.objectClass = ObjectClass::Disk;
+  reading.id = reading.name = name;
+  reading.mayGo = true;
+  SetLate(reading, silence);
+  return reading;
+}
+
 }  // namespace
 
 DiskProvider::DiskProvider(const FilesFactory& makeFiles, std::shared_ptr<SmartReader> smart,
                            std::chrono::milliseconds patience)
-    : files_(makeFiles()), smart_(std::move(smart)), drives_(makeFiles, patience) {}
+    : files_(makeFiles()),
+      smart_(std::move(smart)),
+      disks_(makeFiles, patience),
+      drives_(makeFiles, patience) {}
 
 std::vector<Reading> DiskProvider::Read(const ReadContext& context) {
-  const std::map<std::string, DiskFacts> disks = ReadDisks();
-  if (smart_) {
-    AskDrives(disks, context.now);
-  }
-  std::vector<Reading> readings;
-  for (const auto& [name, disk] : disks) {
-    readings.push_back(JudgeDisk(disk, memories_[disk.identity], context.now));
-    AddSmart(readings.back(), name);
-  }
-  return readings;
-}
-
-std::map<std::string, DiskFacts> DiskProvider::ReadDisks() {
   const FileResult<std::vector<std::string>> names = files_->List(kFolder);
   if (!names && !IsGone(names.error)) {
     throw std::system_error(names.error, std::generic_category(), kFolder);
   }
-  std::map<std::string, DiskFacts> disks;
-  std::set<std::string> identities;
+  std::map<std::string, DeviceReads<DiskFacts>::Take> takes;
   for (const std::string& name : names.value) {
-    if (IsLeftOut(name) || files_->List(kFolder + "/" + name + "/device").error != 0) {
-      continue;
+    if (!IsLeftOut(name)) {
+      takes[name] = [name](SystemFiles& files) { return ReadDisk(files, name); };
     }
-    DiskFacts disk = ReadDisk(name);
-    if (IsGone(disk.size.error)) {
-      continue;
-    }
-    if (disk.identity.empty()) {
-      disk.identity = name;
-    } else if (!identities.insert(disk.identity).second) {
-      // A second path to the same disk.
-      disk.identity += "-" + name;
-    }
-    disks.emplace(name, std::move(disk));
   }
-  return disks;
+  const Answers& disks = disks_.Read(takes, context.now);
+  if (smart_) {
+    AskDrives(disks, context.now);
+  }
+  std::vector<Reading> readings;
+  std::map<std::string, std::string> known;
+  for (const auto& [name, answer] : disks) {
+    if (!answer.sample) {
+      readings.push_back(Silent(name, context.now - answer.waitingSince.value_or(context.now)));
+    } else if (answer.sample->isTold) {
+      const DiskFacts disk = WithIdentity(*answer.sample, known);
+      std::vector<Reading> told = {JudgeDisk(disk, memories_[disk.identity], answer.takenAt)};
+      AddSmart(told.front(), name, context.now);
+      SetAge(told, answer.takenAt, context.now, LateAfter());
+      readings.push_back(std::move(told.front()));
+    }
+  }
+  return readings;
 }
 
-void DiskProvider::AskDrives(const std::map<std::string, DiskFacts>& disks,
-                             DiskMemory::Clock::time_point now) {
+void DiskProvider::AskDrives(const Answers& disks, DiskMemory::Clock::time_point now) {
   std::map<std::string, DeviceReads<FileResult<SmartHealth>>::Take> takes;
-  for (const auto& [name, disk] : disks) {
-    if (IsAsked(name)) {
+  for (const auto& [name, answer] : disks) {
+    if (answer.sample && answer.sample->isTold && IsAsked(*answer.sample)) {
       takes[name] = [smart = smart_, drive = name](SystemFiles&) { return smart->Ask(drive); };
     }
   }
@@ -94,6 +114,7 @@ void DiskProvider::AskDrives(const std::map<std::string, DiskFacts>& disks,
   }
   for (const auto& [name, answer] : answers) {
     Smart& known = healths_[name];
+    known.silentSince = answer.waitingSince;
     if (answer.sample) {
       known.health = *answer.sample ? std::optional(answer.sample->value) : known.health;
       known.error = answer.sample->error;
@@ -101,59 +122,25 @@ void DiskProvider::AskDrives(const std::map<std::string, DiskFacts>& disks,
   }
 }
 
-// Bridges of USB enclosures and the like are left alone: some take these commands badly.
-bool DiskProvider::IsAsked(const std::string& name) {
-  if (name.starts_with("nvme")) {
-    return true;
-  }
-  return name.starts_with("sd") &&
-         Trimmed(files_->ReadAttribute(kFolder + "/" + name + "/device/vendor").value) == "ATA";
-}
-
-void DiskProvider::AddSmart(Reading& reading, const std::string& name) {
-  const auto known = healths_.find(name);
-  if (known == healths_.end() || reading.quality != Quality::Good) {
+void DiskProvider::AddSmart(Reading& reading, const std::string& name,
+                            DiskMemory::Clock::time_point now) const {
+  const auto found = healths_.find(name);
+  if (found == healths_.end() || reading.quality != Quality::Good) {
     return;
   }
-  if (known->second.health) {
-    JudgeSmart(reading, *known->second.health);
-  } else if ((known->second.error == EACCES || known->second.error == EPERM) && reading.reason.empty()) {
-    reading.reason = "its own word on its health (SMART) may not be read: " + ErrorText(known->second.error);
+  const Smart& known = found->second;
+  if (known.health) {
+    JudgeSmart(reading, *known.health);
   }
-}
-
-DiskFacts DiskProvider::ReadDisk(const std::string& name) {
-  const std::string folder = kFolder + "/" + name;
-  const auto number = [&](const char* attribute) -> std::optional<std::uint64_t> {
-    const FileResult<std::string> text = files_->ReadAttribute(folder + attribute);
-    const std::vector<std::string_view> words = Words(text.value);
-    return text && !words.empty() ? ParseUnsigned(words.back()) : std::nullopt;
-  };
-  DiskFacts disk;
-  disk.name = name;
-  disk.model = Trimmed(files_->ReadAttribute(folder + "/device/model").value);
-  disk.identity = IdentityOf(folder);
-  disk.size = files_->ReadAttribute(folder + "/size");
-  const FileResult<std::string> state = files_->ReadAttribute(folder + "/device/state");
-  if (!IsGone(state.error)) {
-    disk.state = state;
+  if (reading.condition != Condition::Good) {
+    return;
   }
-  disk.failures = number("/device/ioerr_cnt");
-  disk.timeouts = number("/device/iotmo_cnt");
-  disk.endOfLife = number("/device/pre_eol_info");
-  disk.lifeUsed = number("/device/life_time");
-  disk.isRemovable = number("/removable").value_or(0) != 0;
-  return disk;
-}
-
-std::string DiskProvider::IdentityOf(const std::string& folder) {
-  for (const char* attribute : {"/wwid", "/device/wwid", "/device/serial", "/serial", "/device/cid"}) {
-    std::string text(Trimmed(files_->ReadAttribute(folder + attribute).value));
-    if (!text.empty()) {
-      return text;
-    }
+  if (known.silentSince && now - *known.silentSince >= kSmartLateAfter) {
+    SetLate(reading, now - *known.silentSince);
+  } else if (known.error != 0 && known.error != ENODATA && known.error != EOPNOTSUPP &&
+             known.error != ENOTTY && known.error != EINVAL && reading.reason.empty()) {
+    reading.reason = "its own word on its health (SMART) cannot be read: " + ErrorText(known.error);
   }
-  return "";
 }
 
 bool DiskProvider::Confirm(ObjectClass objectClass, const std::string& id) {

@@ -16,6 +16,8 @@ namespace emstatus::host {
 
 /// How often drives are asked for their own health.
 inline constexpr std::chrono::minutes kSmartInterval{30};
+/// A drive that owes an answer for so long hangs.
+inline constexpr std::chrono::minutes kSmartLateAfter = 3 * kSmartInterval;
 
 /// Whole disks: what the kernel knows of them and, seldom, what they say of themselves. A sleeping disk is
 /// not woken.
@@ -32,21 +34,21 @@ class DiskProvider final : public Provider {
   bool Confirm(ObjectClass objectClass, const std::string& id) override;
 
  private:
+  using Answers = std::map<std::string, DeviceAnswer<DiskFacts>>;
   /// What is known of a drive's own health.
   struct Smart {
     std::optional<SmartHealth> health;
     int error = 0;
+    /// Since when it owes an answer.
+    std::optional<DiskMemory::Clock::time_point> silentSince;
   };
 
-  std::map<std::string, DiskFacts> ReadDisks();
-  void AskDrives(const std::map<std::string, DiskFacts>& disks, DiskMemory::Clock::time_point now);
-  void AddSmart(Reading& reading, const std::string& name);
-  bool IsAsked(const std::string& name);
-  DiskFacts ReadDisk(const std::string& name);
-  std::string IdentityOf(const std::string& folder);
+  void AskDrives(const Answers& disks, DiskMemory::Clock::time_point now);
+  void AddSmart(Reading& reading, const std::string& name, DiskMemory::Clock::time_point now) const;
 
   const std::unique_ptr<SystemFiles> files_;
   const std::shared_ptr<SmartReader> smart_;
+  DeviceReads<DiskFacts> disks_;
   DeviceReads<FileResult<SmartHealth>> drives_;
   std::optional<DiskMemory::Clock::time_point> askedAt_;
   /// By the disk's name; of a drive that sleeps what it said last.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 #include "host/providers/KernelText.h"
@@ -15,6 +16,7 @@ using std::chrono::hours;
 using std::chrono::minutes;
 using std::chrono::seconds;
 
+constexpr char kClass[] = "/sys/class/hwmon";
 constexpr minutes kRescan{1};
 constexpr hours kSearch{1};
 
@@ -38,7 +40,7 @@ HwmonRhythm RhythmOf(HwmonKind kind) {
 
 HwmonProvider::HwmonProvider(const FilesFactory& makeFiles, HwmonKind kind,
                              std::chrono::milliseconds patience)
-    : kind_(kind), files_(makeFiles()), scan_(*files_), reads_(makeFiles, patience) {}
+    : kind_(kind), files_(makeFiles()), scan_(makeFiles, kind, patience), reads_(makeFiles, patience) {}
 
 std::string_view HwmonProvider::Name() const {
   switch (kind_) {
@@ -60,39 +62,45 @@ std::vector<Reading> HwmonProvider::Read(const ReadContext& context) {
   if (isDue) {
     askedAt_ = context.now;
   }
-  const auto& answers = isDue ? reads_.Read(Takes(context.now), context.now) : reads_.Collected();
-  std::vector<Reading> readings;
-  for (auto& [id, chip] : chips_) {
-    std::ranges::move(Tell(chip, answers.at(id), context.now), std::back_inserter(readings));
+  hasMoved_ = false;
+  std::vector<Reading> readings =
+      TellAll(isDue ? reads_.Read(Takes(context.now), context.now) : reads_.Collected(), context.now);
+  if (hasMoved_) {
+    // A driver that was loaded anew is no loss: look where its chips are now.
+    scannedAt_.reset();
+    if (Rescan(context.now)) {
+      readings = TellAll(reads_.Read(Takes(context.now), context.now), context.now);
+    }
   }
   return readings;
 }
 
 bool HwmonProvider::Rescan(Clock::time_point now) {
-  std::vector<std::string> names = files_->List("/sys/class/hwmon").value;
-  const bool isDue = !scannedAt_ || now - *scannedAt_ >= kRescan;
-  if (!isDue && names == classNames_) {
+  FileResult<std::vector<std::string>> names = files_->List(kClass);
+  if (!names && !IsGone(names.error)) {
+    throw std::system_error(names.error, std::generic_category(), kClass);
+  }
+  const bool isDue = !scannedAt_ || now - *scannedAt_ >= kRescan || scan_.IsWaiting();
+  if (!isDue && names.value == classNames_) {
     return false;
   }
   // Disks are always linked from the class.
   const bool search = kind_ == HwmonKind::Board && (!searchedAt_ || now - *searchedAt_ >= kSearch);
   std::map<std::string, Chip> chips;
   bool isNew = false;
-  for (HwmonChip& found : scan_.Run(search)) {
-    if (found.kind == kind_) {
-      const std::string id = found.id;
-      const auto known = chips_.find(id);
-      Chip chip = known == chips_.end() ? Chip{} : std::move(known->second);
-      if (chip.found.folder != found.folder) {
-        chip.settledAt.reset();
-        isNew = true;
-      }
-      chip.found = std::move(found);
-      chips.emplace(id, std::move(chip));
+  for (HwmonChip& found : scan_.Run(names.value, search, now)) {
+    const std::string id = found.id;
+    const auto known = chips_.find(id);
+    Chip chip = known == chips_.end() ? Chip{} : std::move(known->second);
+    if (chip.found.look.folder != found.look.folder) {
+      chip.settledAt.reset();
+      isNew = true;
     }
+    chip.found = std::move(found);
+    chips.emplace(id, std::move(chip));
   }
   chips_ = std::move(chips);
-  classNames_ = std::move(names);
+  classNames_ = std::move(names.value);
   scannedAt_ = now;
   searchedAt_ = search ? now : searchedAt_;
   return isNew;
@@ -102,18 +110,23 @@ std::map<std::string, DeviceReads<HwmonProvider::Sample>::Take> HwmonProvider::T
     Clock::time_point now) const {
   std::map<std::string, DeviceReads<Sample>::Take> takes;
   for (const auto& [id, chip] : chips_) {
+    if (chip.found.silentSince) {
+      continue;
+    }
     const bool withSettled = !chip.settledAt || now - *chip.settledAt >= RhythmOf(kind_).settled;
-    takes[id] = [found = chip.found, withSettled](SystemFiles& files) {
-      return TakeSample(files, found, withSettled);
+    takes[id] = [look = chip.found.look, withSettled](SystemFiles& files) {
+      return TakeSample(files, look, withSettled);
     };
   }
   return takes;
 }
 
-HwmonProvider::Sample HwmonProvider::TakeSample(SystemFiles& files, const HwmonChip& chip, bool withSettled) {
+HwmonProvider::Sample HwmonProvider::TakeSample(SystemFiles& files, const HwmonLook& chip, bool withSettled) {
   Sample sample;
   sample.withSettled = withSettled;
-  sample.name = files.ReadAttribute(chip.folder + "/name").value;
+  if (!chip.name.empty()) {
+    sample.name = Trimmed(files.ReadAttribute(chip.nameFile).value);
+  }
   for (const auto& [key, items] : chip.channels) {
     const std::string prefix = key.Text();
     const std::optional<std::string> value = ValueItem(items);
@@ -136,11 +149,35 @@ HwmonProvider::Sample HwmonProvider::TakeSample(SystemFiles& files, const HwmonC
   return sample;
 }
 
+std::vector<Reading> HwmonProvider::TellAll(const std::map<std::string, DeviceAnswer<Sample>>& answers,
+                                            Clock::time_point now) {
+  std::vector<Reading> readings;
+  for (auto& [id, chip] : chips_) {
+    if (chip.found.silentSince) {
+      readings.push_back(TellSilent(chip, now));
+    } else if (const auto answer = answers.find(id); answer != answers.end()) {
+      std::ranges::move(Tell(chip, answer->second, now), std::back_inserter(readings));
+    }
+  }
+  return readings;
+}
+
+// Of what kind its sensors are is not known either.
+Reading HwmonProvider::TellSilent(const Chip& chip, Clock::time_point now) {
+  Reading reading;
+  reading.objectClass = ObjectClass::Temperature;
+  reading.id = chip.found.id;
+  reading.name = chip.found.title;
+  reading.mayGo = true;
+  SetLate(reading, now - *chip.found.silentSince);
+  return reading;
+}
+
 std::vector<Reading> HwmonProvider::Tell(Chip& chip, const DeviceAnswer<Sample>& answer,
                                          Clock::time_point now) {
   std::vector<Reading> readings;
   if (!answer.sample) {
-    for (const auto& [key, items] : chip.found.channels) {
+    for (const auto& [key, items] : chip.found.look.channels) {
       Reading reading;
       Describe(reading, chip, key);
       SetLate(reading, now - answer.waitingSince.value_or(now));
@@ -148,11 +185,9 @@ std::vector<Reading> HwmonProvider::Tell(Chip& chip, const DeviceAnswer<Sample>&
     }
     return readings;
   }
-  // Another chip has taken this one's place, or it is gone: look again before anything is told.
   const Sample& sample = *answer.sample;
-  if ((!sample.name.empty() && !chip.found.name.empty() && sample.name != chip.found.name) ||
-      IsGoneAltogether(sample.values)) {
-    scannedAt_.reset();
+  if ((!sample.name.empty() && sample.name != chip.found.look.name) || IsGoneAltogether(sample.values)) {
+    hasMoved_ = true;
     return readings;
   }
   readings = JudgeSample(chip, sample, answer.takenAt);
@@ -166,7 +201,7 @@ std::vector<Reading> HwmonProvider::JudgeSample(Chip& chip, const Sample& sample
     chip.settled.clear();
   }
   std::map<HwmonChannelKey, HwmonValues> channels;
-  for (const auto& [key, items] : chip.found.channels) {
+  for (const auto& [key, items] : chip.found.look.channels) {
     const std::string prefix = key.Text() + "_";
     for (const std::string& item : items) {
       const auto value = sample.values.find(prefix + item);
@@ -216,7 +251,7 @@ bool HwmonProvider::Confirm(ObjectClass objectClass, const std::string& id) {
       continue;
     }
     if (objectClass == ObjectClass::Intrusion) {
-      return bool(files_->WriteAttribute(chip->second.found.folder + "/" + key.Text() + "_alarm", "0"));
+      return bool(files_->WriteAttribute(chip->second.found.look.folder + "/" + key.Text() + "_alarm", "0"));
     }
     const bool isHeld = !memory.alarms.empty() || !memory.passed.empty();
     memory.alarms.clear();

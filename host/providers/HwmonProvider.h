@@ -52,11 +52,15 @@ class HwmonProvider final : public Provider {
     std::map<HwmonChannelKey, HwmonMemory> memories;
   };
 
-  static Sample TakeSample(SystemFiles& files, const HwmonChip& chip, bool withSettled);
-  /// True when the chips may be others than before.
+  static Sample TakeSample(SystemFiles& files, const HwmonLook& chip, bool withSettled);
+  /// True when there are chips that were not there before, or elsewhere.
   bool Rescan(Clock::time_point now);
+  std::vector<Reading> TellAll(const std::map<std::string, DeviceAnswer<Sample>>& answers,
+                               Clock::time_point now);
   std::map<std::string, DeviceReads<Sample>::Take> Takes(Clock::time_point now) const;
+  /// Empty when the sample is that of another chip, or of none.
   std::vector<Reading> Tell(Chip& chip, const DeviceAnswer<Sample>& answer, Clock::time_point now);
+  static Reading TellSilent(const Chip& chip, Clock::time_point now);
   std::vector<Reading> JudgeSample(Chip& chip, const Sample& sample, Clock::time_point takenAt);
   void Describe(Reading& reading, const Chip& chip, const HwmonChannelKey& key) const;
 
@@ -71,6 +75,8 @@ class HwmonProvider final : public Provider {
   std::optional<Clock::time_point> askedAt_;
   std::optional<Clock::time_point> scannedAt_;
   std::optional<Clock::time_point> searchedAt_;
+  /// A chip is no longer where it was.
+  bool hasMoved_ = false;
 };
 
 }  // namespace emstatus::host

@@ -1,35 +1,50 @@
 #include "host/providers/HwmonScan.h"
 
 #include <algorithm>
-#include <system_error>
+#include <iterator>
 #include <utility>
 
 #include "host/providers/KernelText.h"
-#include "host/providers/ReadFault.h"
 #include "host/providers/ThermalZoneNames.h"
 
 namespace emstatus::host {
 namespace {
 
-constexpr char kClass[] = "/sys/class/hwmon";
+const std::string kClass = "/sys/class/hwmon/";
+const std::string kZones = "/sys/class/thermal/";
 constexpr std::size_t kMostFolders = 100000;
+constexpr int kSearchPatience = 5;
 
-HwmonKind KindOf(const std::string& name) {
-  if (name == "nvme") {
-    return HwmonKind::Nvme;
+// All folders below the devices that hold attributes of sensors. Only lists, so that no device is waited for.
+std::vector<std::string> SearchDevices(SystemFiles& files) {
+  std::vector<std::string> found;
+  std::vector<std::string> further = {"/sys/devices"};
+  for (std::size_t done = 0; !further.empty() && done < kMostFolders; ++done) {
+    const std::string folder = std::move(further.back());
+    further.pop_back();
+    std::vector<std::string> fileNames;
+    for (const FolderEntry& entry : files.ListEntries(folder).value) {
+      if (!entry.isFolder) {
+        fileNames.push_back(entry.name);
+      } else if (entry.name != "power") {
+        further.push_back(folder + "/" + entry.name);
+      }
+    }
+    if (!ChannelsIn(fileNames).empty()) {
+      found.push_back(folder);
+    }
   }
-  return name == "drivetemp" ? HwmonKind::Sata : HwmonKind::Board;
+  std::ranges::sort(found);
+  return found;
 }
 
-// The folder of the device, told by the path of a chip without a link to it (".../coretemp.0/hwmon/hwmon1").
-std::string DeviceInPath(const std::string& folder) {
-  const std::size_t at = folder.rfind("/hwmon/hwmon");
-  const std::string device = at == std::string::npos ? folder : folder.substr(0, at);
-  return device.ends_with("/virtual") ? "" : device;
-}
-
-bool IsChipName(std::string_view name) {
-  return NumberAfter(name, "hwmon").has_value();
+// What a chip's channels are: orders those of one id, because it stays when the kernel numbers them anew.
+std::string SignatureOf(const HwmonChip& chip) {
+  std::string signature;
+  for (const auto& [key, items] : chip.look.channels) {
+    signature += key.Text() + " ";
+  }
+  return signature;
 }
 
 // Chips that would have the same text get what makes them different behind it.
@@ -39,8 +54,9 @@ void MakeDifferent(std::vector<HwmonChip>& chips, std::string HwmonChip::*text, 
     ++count[chip.*text];
   }
   for (HwmonChip& chip : chips) {
-    if (byDevice && count[chip.*text] > 1 && !chip.device.empty() && chip.device != chip.*text) {
-      chip.*text = chip.device.starts_with(chip.*text) ? chip.device : chip.*text + " " + chip.device;
+    const std::string& device = chip.look.device;
+    if (byDevice && count[chip.*text] > 1 && !device.empty() && device != chip.*text) {
+      chip.*text = device.starts_with(chip.*text) ? device : chip.*text + " " + device;
     }
   }
   std::map<std::string, std::size_t> used;
@@ -53,144 +69,121 @@ void MakeDifferent(std::vector<HwmonChip>& chips, std::string HwmonChip::*text, 
 
 }  // namespace
 
-std::vector<HwmonChip> HwmonScan::Run(bool searchDevices) {
+HwmonScan::HwmonScan(const FilesFactory& makeFiles, HwmonKind kind, std::chrono::milliseconds patience)
+    : kind_(kind),
+      files_(makeFiles()),
+      classLooks_(makeFiles, patience),
+      otherLooks_(makeFiles, patience),
+      zoneTypes_(makeFiles, patience),
+      search_(makeFiles, kSearchPatience * patience) {}
+
+std::vector<HwmonChip> HwmonScan::Run(const std::vector<std::string>& classNames, bool searchDevices,
+                                      Clock::time_point now) {
   chips_.clear();
-  folders_.clear();
-  borrowed_.clear();
-  classNames_.clear();
-  zones_ = CountThermalZoneNames(files_);
-  const FileResult<std::vector<std::string>> names = files_.List(kClass);
-  if (!names && !IsGone(names.error)) {
-    throw std::system_error(names.error, std::generic_category(), kClass);
+  taken_.clear();
+  isWaiting_ = false;
+  std::vector<std::string> folders;
+  std::ranges::transform(classNames, std::back_inserter(folders),
+                         [](const std::string& name) { return kClass + name; });
+  // As the kernel counts them, so that hwmon10 does not come before hwmon9.
+  std::ranges::stable_sort(folders, {}, &std::string::size);
+  ReadZones(now);
+  const auto looks = LookAt(classLooks_, folders, now);
+  std::set<std::string> borrowed;
+  for (const std::string& folder : folders) {
+    const DeviceAnswer<HwmonLook>& answer = looks.at(folder);
+    if (!answer.sample) {
+      // Nobody knows of what kind it is: one of the three tells it.
+      if (kind_ == HwmonKind::Board) {
+        const std::string name(BaseName(folder));
+        chips_.push_back({{}, name, name, answer.waitingSince.value_or(now)});
+      }
+      continue;
+    }
+    const HwmonLook& look = *answer.sample;
+    taken_.insert(look.chipFolder);
+    taken_.insert(look.deviceFolder);
+    if (look.folder == look.chipFolder || borrowed.insert(look.folder).second) {
+      Add(look);
+    }
   }
-  for (const std::string& name : names.value) {
-    AddClassChip(std::string(kClass) + "/" + name);
+  for (const auto& [folder, answer] : LookAt(otherLooks_, Unlinked(searchDevices, classNames, now), now)) {
+    if (answer.sample) {
+      Add(*answer.sample);
+    }
   }
-  if (searchDevices) {
-    SearchDevices();
-  }
-  for (const std::string& folder : unlinked_) {
-    const std::string device = IsChipName(BaseName(folder)) ? DeviceInPath(folder) : folder;
-    AddChip(folder, device, ChannelsOf(folder));
-  }
+  std::ranges::stable_sort(chips_, {}, SignatureOf);
   MakeDifferent(chips_, &HwmonChip::id, false);
   MakeDifferent(chips_, &HwmonChip::title, true);
   return std::move(chips_);
 }
 
-void HwmonScan::AddClassChip(const std::string& folder) {
-  const FileResult<std::string> real = files_.RealPath(folder);
-  if (!real) {
-    return;
+std::map<std::string, DeviceAnswer<HwmonLook>> HwmonScan::LookAt(Looks& looks,
+                                                                 const std::vector<std::string>& folders,
+                                                                 Clock::time_point now) {
+  std::map<std::string, Looks::Take> takes;
+  for (const std::string& folder : folders) {
+    takes[folder] = [folder, kind = kind_](SystemFiles& files) { return LookAtChip(files, folder, kind); };
   }
-  classNames_.emplace(BaseName(folder));
-  const std::string deviceLink = folder + "/device";
-  const FileResult<std::string> device = files_.RealPath(deviceLink);
-  const std::string deviceFolder = device ? device.value : DeviceInPath(real.value);
-  folders_.insert(real.value);
-  folders_.insert(deviceFolder);
-  if (HwmonChannels channels = ChannelsOf(folder); !channels.empty()) {
-    AddChip(folder, deviceFolder, std::move(channels));
-  } else if (device && borrowed_.insert(deviceFolder).second) {
-    AddChip(deviceLink, deviceFolder, ChannelsOf(deviceLink));
+  auto answers = looks.Read(takes, now);
+  isWaiting_ = isWaiting_ || std::ranges::any_of(answers, [](const auto& answer) {
+                 return answer.second.waitingSince.has_value();
+               });
+  return answers;
+}
+
+void HwmonScan::ReadZones(Clock::time_point now) {
+  std::map<std::string, DeviceReads<std::string>::Take> takes;
+  for (const std::string& zone : files_->List(kZones).value) {
+    if (NumberAfter(zone, "thermal_zone")) {
+      takes[zone] = [type = kZones + zone + "/type"](SystemFiles& files) {
+        return files.ReadAttribute(type).value;
+      };
+    }
+  }
+  zones_.clear();
+  for (const auto& [zone, answer] : zoneTypes_.Read(takes, now)) {
+    if (answer.sample) {
+      ++zones_[MirrorNameOf(*answer.sample)];
+    }
   }
 }
 
-void HwmonScan::AddChip(const std::string& folder, const std::string& deviceFolder, HwmonChannels channels) {
-  if (channels.empty()) {
-    return;
+std::vector<std::string> HwmonScan::Unlinked(bool searchDevices, const std::vector<std::string>& classNames,
+                                             Clock::time_point now) {
+  const auto& answers = searchDevices ? search_.Read({{"devices", SearchDevices}}, now) : search_.Collected();
+  std::vector<std::string> folders;
+  for (const auto& [key, answer] : answers) {
+    isWaiting_ = isWaiting_ || answer.waitingSince.has_value();
+    folders = answer.sample.value_or(std::vector<std::string>{});
   }
-  HwmonChip chip;
-  chip.folder = folder;
-  chip.channels = std::move(channels);
-  chip.name = Text(folder + "/name");
-  if (chip.name.empty() && !deviceFolder.empty()) {
-    chip.name = Text(deviceFolder + "/name");
-  }
-  chip.kind = KindOf(chip.name);
-  if (MirrorsThermalZone(chip, deviceFolder)) {
-    return;
-  }
-  chip.device = DeviceName(chip, deviceFolder);
-  chip.id = IdentityOf(chip, deviceFolder);
-  const bool isDisk = chip.kind != HwmonKind::Board && !chip.device.empty();
-  chip.title = isDisk || chip.name.empty() ? chip.device : chip.name;
-  if (chip.title.empty()) {
-    chip.title = BaseName(folder);
-  }
-  chips_.push_back(std::move(chip));
+  std::erase_if(folders, [&](const std::string& folder) {
+    return taken_.contains(folder) || std::ranges::find(classNames, BaseName(folder)) != classNames.end();
+  });
+  return folders;
 }
 
-bool HwmonScan::MirrorsThermalZone(const HwmonChip& chip, const std::string& deviceFolder) {
-  if (deviceFolder.find("/thermal_zone") != std::string::npos) {
+void HwmonScan::Add(const HwmonLook& look) {
+  if (look.channels.empty() || MirrorsThermalZone(look)) {
+    return;
+  }
+  const bool isDisk = look.kind != HwmonKind::Board && !look.device.empty();
+  std::string title = isDisk || look.name.empty() ? look.device : look.name;
+  if (title.empty()) {
+    title = BaseName(look.chipFolder);
+  }
+  chips_.push_back({look, look.identity, std::move(title), std::nullopt});
+}
+
+bool HwmonScan::MirrorsThermalZone(const HwmonLook& look) const {
+  if (look.deviceFolder.find("/thermal_zone") != std::string::npos) {
     return true;
   }
-  const auto zone = zones_.find(chip.name);
-  return zone != zones_.end() && chip.channels.size() <= zone->second &&
-         std::ranges::all_of(chip.channels, [](const auto& channel) {
+  const auto zone = zones_.find(look.name);
+  return zone != zones_.end() && look.channels.size() <= zone->second &&
+         std::ranges::all_of(look.channels, [](const auto& channel) {
            return channel.first.type->objectClass == ObjectClass::Temperature;
          });
-}
-
-std::string HwmonScan::DeviceName(const HwmonChip& chip, const std::string& deviceFolder) {
-  if (chip.kind == HwmonKind::Sata) {
-    const FileResult<std::vector<std::string>> disks = files_.List(deviceFolder + "/block");
-    if (disks && !disks.value.empty()) {
-      return disks.value.front();
-    }
-  }
-  return std::string(BaseName(deviceFolder));
-}
-
-std::string HwmonScan::IdentityOf(const HwmonChip& chip, const std::string& deviceFolder) {
-  if (chip.kind != HwmonKind::Board) {
-    for (const char* attribute : {"/serial", "/wwid", "/device/serial", "/device/wwid"}) {
-      if (const std::string text = Text(deviceFolder + attribute); !text.empty()) {
-        return chip.name + "-" + text;
-      }
-    }
-  }
-  const std::string device(BaseName(deviceFolder));
-  if (chip.name.empty() || device.empty()) {
-    return chip.name.empty() && device.empty() ? std::string(BaseName(chip.folder)) : chip.name + device;
-  }
-  return chip.name + "-" + device;
-}
-
-void HwmonScan::SearchDevices() {
-  unlinked_.clear();
-  std::vector<std::string> further = {"/sys/devices"};
-  for (std::size_t done = 0; !further.empty() && done < kMostFolders; ++done) {
-    const std::string folder = std::move(further.back());
-    further.pop_back();
-    SearchFolder(folder, further);
-  }
-  std::ranges::sort(unlinked_);
-}
-
-void HwmonScan::SearchFolder(const std::string& folder, std::vector<std::string>& further) {
-  const FileResult<std::vector<FolderEntry>> entries = files_.ListEntries(folder);
-  std::vector<std::string> fileNames;
-  for (const FolderEntry& entry : entries.value) {
-    if (!entry.isFolder) {
-      fileNames.push_back(entry.name);
-    } else if (entry.name != "power" && !(IsChipName(entry.name) && classNames_.contains(entry.name))) {
-      further.push_back(folder + "/" + entry.name);
-    }
-  }
-  if (!folders_.contains(folder) && !ChannelsIn(fileNames).empty()) {
-    unlinked_.push_back(folder);
-  }
-}
-
-HwmonChannels HwmonScan::ChannelsOf(const std::string& folder) {
-  const FileResult<std::vector<std::string>> names = files_.List(folder);
-  return names ? ChannelsIn(names.value) : HwmonChannels{};
-}
-
-std::string HwmonScan::Text(const std::string& path) {
-  const FileResult<std::string> text = files_.ReadAttribute(path);
-  return text ? std::string(Trimmed(text.value)) : "";
 }
 
 }  // namespace emstatus::host

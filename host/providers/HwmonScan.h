@@ -1,66 +1,73 @@
 #pragma once
 
+#include <chrono>
 #include <map>
+#include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "host/providers/HwmonChannel.h"
+#include "host/providers/DeviceReads.h"
+#include "host/providers/HwmonLook.h"
 #include "host/providers/SystemFiles.h"
 
 namespace emstatus::host {
 
-/// What kind of device a chip sits in; reading some of them costs more than others.
-enum class HwmonKind : std::uint8_t { Board, Nvme, Sata };
-
 /// A chip with sensors.
 struct HwmonChip {
-  HwmonKind kind = HwmonKind::Board;
-  /// Where its attributes are.
-  std::string folder;
-  /// What it calls itself; empty when it does not.
-  std::string name;
-  /// The device that it sits on ("0-0019", "coretemp.0", "sda"); empty for none.
-  std::string device;
+  HwmonLook look;
   /// Names it for ever, unique among the chips.
   std::string id;
   /// For people, unique among the chips.
   std::string title;
-  HwmonChannels channels;
+  /// Set for one of which nothing is known: since when it owes an answer.
+  std::optional<std::chrono::steady_clock::time_point> silentSince;
 };
 
-/// Finds the chips of a machine: those of the class, with their attributes in their own folder or in that of
-/// their device, and those that stand under the devices without being linked from the class. Chips in which
-/// the kernel only mirrors thermal zones are left out.
+/// Finds the chips of one kind of a machine: those of the class, with their attributes in their own folder or
+/// in that of their device, and those that stand under the devices without being linked from the class. Chips
+/// in which the kernel only mirrors thermal zones are left out. Each folder is looked at on a lane of its
+/// own, and so is the search; what does not answer is waited for a moment and told by a later run.
 class HwmonScan {
  public:
-  explicit HwmonScan(SystemFiles& files) : files_(files) {}
+  using Clock = std::chrono::steady_clock;
 
-  /// The chips that there are now. `searchDevices`: look through all devices too, which takes long.
-  std::vector<HwmonChip> Run(bool searchDevices);
+  /// `patience`: how long a run waits for a folder, and a few times of it for the search through all devices.
+  HwmonScan(const FilesFactory& makeFiles, HwmonKind kind, std::chrono::milliseconds patience);
+
+  /// The chips that there are now, by the names in the class. `searchDevices`: look through all devices too,
+  /// which takes long.
+  std::vector<HwmonChip> Run(const std::vector<std::string>& classNames, bool searchDevices,
+                             Clock::time_point now);
+
+  /// Whether something still owes an answer to the last run.
+  bool IsWaiting() const { return isWaiting_; }
 
  private:
-  void AddClassChip(const std::string& folder);
-  void AddChip(const std::string& folder, const std::string& deviceFolder, HwmonChannels channels);
-  void SearchDevices();
-  void SearchFolder(const std::string& folder, std::vector<std::string>& further);
-  bool MirrorsThermalZone(const HwmonChip& chip, const std::string& deviceFolder);
-  std::string DeviceName(const HwmonChip& chip, const std::string& deviceFolder);
-  std::string IdentityOf(const HwmonChip& chip, const std::string& deviceFolder);
-  HwmonChannels ChannelsOf(const std::string& folder);
-  std::string Text(const std::string& path);
+  using Looks = DeviceReads<HwmonLook>;
 
-  SystemFiles& files_;
-  // What the present run has found
+  std::map<std::string, DeviceAnswer<HwmonLook>> LookAt(Looks& looks, const std::vector<std::string>& folders,
+                                                        Clock::time_point now);
+  void ReadZones(Clock::time_point now);
+  std::vector<std::string> Unlinked(bool searchDevices, const std::vector<std::string>& classNames,
+                                    Clock::time_point now);
+  void Add(const HwmonLook& look);
+  bool MirrorsThermalZone(const HwmonLook& look) const;
+
+  const HwmonKind kind_;
+  const std::unique_ptr<SystemFiles> files_;
+  Looks classLooks_;
+  Looks otherLooks_;
+  DeviceReads<std::string> zoneTypes_;
+  DeviceReads<std::vector<std::string>> search_;
+  // Of the present run
   std::vector<HwmonChip> chips_;
-  /// Real paths of the folders of the class's chips and of their devices, of the devices whose attributes
-  /// belong to a chip of the class, and the names of the chips of the class ("hwmon2").
-  std::set<std::string> folders_;
-  std::set<std::string> borrowed_;
-  std::set<std::string> classNames_;
-  // Kept between runs
-  std::vector<std::string> unlinked_;
+  /// Folders of the class's chips and of their devices.
+  std::set<std::string> taken_;
+  /// How many thermal zones there are for each name of a mirroring chip.
   std::map<std::string, std::size_t> zones_;
+  bool isWaiting_ = false;
 };
 
 }  // namespace emstatus::host

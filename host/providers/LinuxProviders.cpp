@@ -49,7 +49,7 @@ std::vector<std::unique_ptr<Provider>> MakeLinuxProviders(const LinuxOptions& op
     providers.push_back(std::make_unique<MemoryProvider>(files()));
   }
   providers.push_back(std::make_unique<PressureProvider>(files()));
-  providers.push_back(std::make_unique<NvmeProvider>(files()));
+  providers.push_back(std::make_unique<NvmeProvider>(files));
   providers.push_back(std::make_unique<DiskProvider>(files, isThisMachine ? MakeSmartReader() : nullptr));
   providers.push_back(std::make_unique<MdProvider>(files));
   if (has("/proc/self/mountinfo")) {

@@ -1,11 +1,13 @@
 #include "host/providers/NvmeProvider.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <system_error>
 #include <utility>
 
 #include "host/providers/KernelText.h"
+#include "host/providers/Lateness.h"
 #include "host/providers/ReadFault.h"
 
 namespace emstatus::host {
@@ -29,20 +31,48 @@ constexpr StateRow kStates[] = {
     {"dead", Condition::Critical, "does not answer any more and was given up"},
 };
 
-void Group(std::vector<Reading>& readings, const std::vector<NvmeController>& controllers) {
+NvmeController ReadController(SystemFiles& files, const std::string& name) {
+  const auto text = [&](const char* attribute) {
+    return std::string(Trimmed(files.ReadAttribute(kFolder + "/" + name + "/" + attribute).value));
+  };
+  NvmeController controller;
+  controller.name = name;
+  controller.state = files.ReadAttribute(kFolder + "/" + name + "/state");
+  controller.model = text("model");
+  controller.serial = text("serial");
+  controller.subsystem = text("subsysnqn");
+  controller.transport = text("transport");
+  controller.number = text("cntlid");
+  controller.address = text("address");
+  return controller;
+}
+
+// Does not change when the controllers are found in another order.
+std::string IdentityOf(const NvmeController& controller) {
+  if (controller.serial.empty()) {
+    return controller.name;
+  }
+  const bool isLocal = controller.transport.empty() || controller.transport == "pcie";
+  const std::string& which = isLocal ? controller.number : controller.address;
+  return controller.serial + (which.empty() ? "" : "-" + which);
+}
+
+// A controller's reading and the subsystem that it leads to.
+using Told = std::pair<Reading, std::string>;
+
+void Group(std::vector<Told>& all) {
   std::map<std::string, Redundancy> groups;
-  for (std::size_t at = 0; at < readings.size(); ++at) {
-    Redundancy& group = groups[controllers[at].subsystem];
-    group.group = controllers[at].subsystem;
+  for (const auto& [reading, subsystem] : all) {
+    Redundancy& group = groups[subsystem];
+    group.group = subsystem;
     group.needed = 1;
     ++group.members;
-    group.present +=
-        (readings[at].quality == Quality::Good && readings[at].condition == Condition::Good) ? 1 : 0;
+    group.present += (reading.quality == Quality::Good && reading.condition == Condition::Good) ? 1 : 0;
   }
-  for (std::size_t at = 0; at < readings.size(); ++at) {
-    const Redundancy& group = groups[controllers[at].subsystem];
+  for (auto& [reading, subsystem] : all) {
+    const Redundancy& group = groups[subsystem];
     if (!group.group.empty() && group.members > 1) {
-      readings[at].redundancy = group;
+      reading.redundancy = group;
     }
   }
 }
@@ -52,7 +82,7 @@ void Group(std::vector<Reading>& readings, const std::vector<NvmeController>& co
 Reading JudgeNvme(const NvmeController& controller) {
   Reading reading;
   reading.objectClass = ObjectClass::StorageController;
-  reading.id = controller.serial.empty() ? controller.name : controller.serial + "-" + controller.name;
+  reading.id = IdentityOf(controller);
   reading.name = controller.name + (controller.model.empty() ? "" : " (" + controller.model + ")");
   if (!controller.state) {
     SetUnread(reading, "state", controller.state.error);
@@ -76,38 +106,39 @@ Reading JudgeNvme(const NvmeController& controller) {
   return reading;
 }
 
-NvmeProvider::NvmeProvider(std::unique_ptr<SystemFiles> files) : files_(std::move(files)) {}
+NvmeProvider::NvmeProvider(const FilesFactory& makeFiles, std::chrono::milliseconds patience)
+    : files_(makeFiles()), reads_(makeFiles, patience) {}
 
-std::vector<Reading> NvmeProvider::Read(const ReadContext&) {
+std::vector<Reading> NvmeProvider::Read(const ReadContext& context) {
   const FileResult<std::vector<std::string>> names = files_->List(kFolder);
   if (!names && !IsGone(names.error)) {
     throw std::system_error(names.error, std::generic_category(), kFolder);
   }
-  std::vector<Reading> readings;
-  std::vector<NvmeController> controllers;
+  std::map<std::string, DeviceReads<NvmeController>::Take> takes;
   for (const std::string& name : names.value) {
-    NvmeController controller = ReadController(name);
-    if (NumberAfter(name, "nvme") && !IsGone(controller.state.error)) {
-      readings.push_back(JudgeNvme(controller));
-      controllers.push_back(std::move(controller));
+    if (NumberAfter(name, "nvme")) {
+      takes[name] = [name](SystemFiles& files) { return ReadController(files, name); };
     }
   }
-  Group(readings, controllers);
+  std::vector<Told> told;
+  for (const auto& [name, answer] : reads_.Read(takes, context.now)) {
+    if (!answer.sample) {
+      Reading reading;
+      reading.objectClass = ObjectClass::StorageController;
+      reading.id = reading.name = name;
+      reading.mayGo = true;
+      SetLate(reading, context.now - answer.waitingSince.value_or(context.now));
+      told.emplace_back(std::move(reading), "");
+    } else if (!IsGone(answer.sample->state.error)) {
+      std::vector<Reading> one = {JudgeNvme(*answer.sample)};
+      SetAge(one, answer.takenAt, context.now, LateAfter());
+      told.emplace_back(std::move(one.front()), answer.sample->subsystem);
+    }
+  }
+  Group(told);
+  std::vector<Reading> readings;
+  std::ranges::transform(told, std::back_inserter(readings), [](Told& one) { return std::move(one.first); });
   return readings;
-}
-
-NvmeController NvmeProvider::ReadController(const std::string& name) {
-  const auto text = [&](const char* attribute) {
-    return std::string(Trimmed(files_->ReadAttribute(kFolder + "/" + name + "/" + attribute).value));
-  };
-  NvmeController controller;
-  controller.name = name;
-  controller.state = files_->ReadAttribute(kFolder + "/" + name + "/state");
-  controller.model = text("model");
-  controller.serial = text("serial");
-  controller.subsystem = text("subsysnqn");
-  controller.transport = text("transport");
-  return controller;
 }
 
 }  // namespace emstatus::host

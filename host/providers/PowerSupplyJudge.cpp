@@ -66,12 +66,12 @@ void JudgeHealth(Reading& reading, const PowerSupplyValues& values) {
 }
 
 void JudgeSupply(Reading& reading, const PowerSupplyValues& values) {
-  const bool isMains = Text(values, "type") == "Mains";
   const auto online = Number(values, "online");
   if (!online) {
-    return;
-  }
-  if (*online == 0 && isMains) {
+    if (const std::string text = Text(values, "online"); !text.empty()) {
+      SetUnknown(reading, Quality::Implausible, "online reads \"" + text + "\", a number expected");
+    }
+  } else if (*online == 0 && IsMains(values)) {
     Blame(reading, Condition::Warning, "does not feed the machine: no power comes in",
           "look at its cable, plug and fuse");
   } else if (*online == 0 && reading.condition == Condition::Good) {
@@ -149,10 +149,18 @@ Reading TemperatureOf(const std::string& name, const FileResult<std::string>& te
   return reading;
 }
 
-// What cannot be read of an attribute without which nothing can be said.
+// What cannot be read of an attribute, without which too little can be said; one that has no value now is
+// none.
 const FileResult<std::string>* Unreadable(const PowerSupplyValues& values, const char* name) {
   const auto found = values.find(name);
-  return found != values.end() && found->second.error != 0 ? &found->second : nullptr;
+  const bool isBad = found != values.end() && found->second.error != 0 &&
+                     QualityOfError(found->second.error) != Quality::Inactive;
+  return isBad ? &found->second : nullptr;
+}
+
+bool TellsNothing(const PowerSupplyValues& values) {
+  constexpr const char* kTelling[] = {"online", "status", "health", "capacity", "capacity_level"};
+  return std::ranges::all_of(kTelling, [&](const char* name) { return Text(values, name).empty(); });
 }
 
 }  // namespace
@@ -193,14 +201,19 @@ std::vector<Reading> JudgePowerSupply(const std::string& name, const PowerSupply
   reading.name = name;
   reading.quality = Quality::Good;
   reading.customerServiceable = true;
-  const char* essential = isBattery ? "status" : "online";
   const auto present = Number(values, "present");
   if (present && *present == 0) {
     SetUnknown(reading, Quality::Inactive, "not present: the bay is empty");
     return {reading};
   }
-  if (const FileResult<std::string>* text = Unreadable(values, essential)) {
-    SetUnread(reading, essential, text->error);
+  for (const char* attribute : {isBattery ? "status" : "online", "health", "capacity"}) {
+    if (const FileResult<std::string>* text = Unreadable(values, attribute)) {
+      SetUnread(reading, attribute, text->error);
+      return {reading};
+    }
+  }
+  if (TellsNothing(values)) {
+    SetUnknown(reading, Quality::Inactive, "tells nothing of its state");
     return {reading};
   }
   JudgeHealth(reading, values);
@@ -220,10 +233,15 @@ std::vector<Reading> JudgePowerSupply(const std::string& name, const PowerSupply
   return readings;
 }
 
-void GroupMains(std::vector<Reading>& readings) {
+bool IsMains(const PowerSupplyValues& values) {
+  return Text(values, "type") == "Mains";
+}
+
+void GroupMains(std::vector<Reading>& readings, const std::set<std::string>& mains) {
   Redundancy group{"mains", 0, 1, 0};
-  const auto belongs = [](const Reading& reading) {
-    return reading.objectClass == ObjectClass::PowerSupply && reading.quality != Quality::Inactive;
+  const auto belongs = [&](const Reading& reading) {
+    return reading.objectClass == ObjectClass::PowerSupply && reading.quality != Quality::Inactive &&
+           mains.contains(reading.id);
   };
   for (const Reading& reading : readings) {
     if (belongs(reading)) {
@@ -231,11 +249,8 @@ void GroupMains(std::vector<Reading>& readings) {
       group.present += reading.quality == Quality::Good && reading.condition == Condition::Good ? 1 : 0;
     }
   }
-  if (group.members < 2) {
-    return;
-  }
   for (Reading& reading : readings) {
-    if (belongs(reading)) {
+    if (group.members > 1 && belongs(reading)) {
       reading.redundancy = group;
     }
   }

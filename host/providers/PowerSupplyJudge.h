@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -28,7 +29,11 @@ bool IsBattery(const PowerSupplyValues& values);
 std::vector<Reading> JudgePowerSupply(const std::string& name, const PowerSupplyValues& values,
                                       bool withTemperature);
 
-/// Makes mains supplies of one machine a redundancy group when there are two or more. [any thread]
-void GroupMains(std::vector<Reading>& readings);
+/// Whether it is a supply from outside that is there for the machine alone, unlike one that anything may be
+/// plugged into (USB). [any thread]
+bool IsMains(const PowerSupplyValues& values);
+
+/// Makes the supplies of these ids a redundancy group when two or more of them are there. [any thread]
+void GroupMains(std::vector<Reading>& readings, const std::set<std::string>& mains);
 
 }  // namespace emstatus::host

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -12,6 +13,17 @@ namespace emstatus::host {
 namespace {
 
 const std::string kFolder = "/sys/class/power_supply";
+
+// Of one that never answered, only its name says what it is.
+Reading Silent(const std::string& name, std::chrono::steady_clock::duration silence) {
+  const bool isBattery = name.starts_with("BAT") || name.find("battery") != std::string::npos;
+  Reading reading;
+  reading.objectClass = isBattery ? ObjectClass::Battery : ObjectClass::PowerSupply;
+  reading.id = reading.name = name;
+  reading.mayGo = true;
+  SetLate(reading, silence);
+  return reading;
+}
 
 }  // namespace
 
@@ -41,24 +53,24 @@ std::vector<Reading> PowerSupplyProvider::Read(const ReadContext& context) {
     takes[name] = [folder = kFolder + "/" + name](SystemFiles& files) { return TakeSample(files, folder); };
   }
   std::vector<Reading> readings;
+  std::set<std::string> mains;
   for (const auto& [name, answer] : reads_.Read(takes, context.now)) {
     if (!answer.sample) {
-      Reading& reading = readings.emplace_back();
-      reading.objectClass = ObjectClass::PowerSupply;
-      reading.id = reading.name = name;
-      reading.mayGo = true;
-      SetLate(reading, context.now - answer.waitingSince.value_or(context.now));
+      readings.push_back(Silent(name, context.now - answer.waitingSince.value_or(context.now)));
       continue;
     }
     const PowerSupplyValues& values = answer.sample->values;
     if (values.empty() || FeedsADevice(values)) {
       continue;
     }
+    if (IsMains(values)) {
+      mains.insert(name);
+    }
     std::vector<Reading> told = JudgePowerSupply(name, values, !answer.sample->hasChip);
     SetAge(told, answer.takenAt, context.now, LateAfter());
     std::ranges::move(told, std::back_inserter(readings));
   }
-  GroupMains(readings);
+  GroupMains(readings, mains);
   return readings;
 }
 

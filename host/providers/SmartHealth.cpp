@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::size_t kNvmeLogBytes = 512;
 constexpr std::size_t kSenseBytes = 22;
+constexpr std::size_t kFixedSenseBytes = 18;
 
 struct WarningRow {
   std::uint8_t bit;
@@ -48,17 +49,28 @@ std::optional<SmartHealth> ParseNvmeSmartLog(std::span<const std::uint8_t> page)
   return health;
 }
 
-std::optional<SmartHealth> ParseAtaSmartStatus(std::span<const std::uint8_t> sense) {
-  // Descriptor format, with the descriptor that returns ATA registers first.
-  if (sense.size() < kSenseBytes || (sense[0] & 0x7F) != 0x72 || sense[8] != 0x09) {
+std::optional<AtaRegisters> ParseAtaRegisters(std::span<const std::uint8_t> sense) {
+  if (sense.size() < kFixedSenseBytes) {
     return std::nullopt;
   }
-  const std::uint8_t middle = sense[17];
-  const std::uint8_t high = sense[19];
+  const int format = sense[0] & 0x7F;
+  // Descriptor format, with the descriptor that returns ATA registers first.
+  if (format == 0x72 && sense.size() >= kSenseBytes && sense[8] == 0x09) {
+    return AtaRegisters{sense[13], sense[17], sense[19]};
+  }
+  // Fixed format, "ATA pass-through information available".
+  if (format == 0x70 && sense[12] == 0x00 && sense[13] == 0x1D) {
+    return AtaRegisters{sense[6], sense[10], sense[11]};
+  }
+  return std::nullopt;
+}
+
+std::optional<SmartHealth> ParseAtaSmartStatus(std::span<const std::uint8_t> sense) {
+  const auto registers = ParseAtaRegisters(sense);
   SmartHealth health;
-  if (middle == 0xF4 && high == 0x2C) {
+  if (registers && registers->middle == 0xF4 && registers->high == 0x2C) {
     health.predictsFailure = true;
-  } else if (middle != 0x4F || high != 0xC2) {
+  } else if (!registers || registers->middle != 0x4F || registers->high != 0xC2) {
     return std::nullopt;
   }
   return health;

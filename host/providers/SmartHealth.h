@@ -29,6 +29,16 @@ struct SmartHealth {
 /// Reads the SMART log page of an NVMe controller; absent when it is too short or all zeros. [any thread]
 std::optional<SmartHealth> ParseNvmeSmartLog(std::span<const std::uint8_t> page);
 
+/// The registers that an ATA command left in the sense data of a drive.
+struct AtaRegisters {
+  std::uint8_t count = 0;
+  std::uint8_t middle = 0;
+  std::uint8_t high = 0;
+};
+
+/// The registers in sense data of either format; absent when there are none. [any thread]
+std::optional<AtaRegisters> ParseAtaRegisters(std::span<const std::uint8_t> sense);
+
 /// Reads the registers that SMART RETURN STATUS left in the sense data of a SATA drive; absent when they are
 /// neither of the two answers. [any thread]
 std::optional<SmartHealth> ParseAtaSmartStatus(std::span<const std::uint8_t> sense);

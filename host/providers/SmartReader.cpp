@@ -15,7 +15,9 @@ namespace emstatus::host {
 namespace {
 
 constexpr std::uint32_t kTimeoutMs = 10000;
+// Power modes in which a drive does not turn.
 constexpr std::uint8_t kStandby = 0x00;
+constexpr std::uint8_t kSpunDown = 0x40;
 
 class Device {
  public:
@@ -73,7 +75,11 @@ FileResult<SmartHealth> AskAta(const std::string& disk) {
   if (const int error = SendAta(device.Number(), 0xE5, 0, 0, 0, sense); error != 0) {  // CHECK POWER MODE
     return {{}, error};
   }
-  if ((sense[0] & 0x7F) == 0x72 && sense[8] == 0x09 && sense[13] == kStandby) {
+  const auto power = ParseAtaRegisters(sense);
+  if (!power) {
+    return {{}, EOPNOTSUPP};
+  }
+  if (power->count == kStandby || power->count == kSpunDown) {
     return {{}, ENODATA};
   }
   sense = {};
@@ -85,8 +91,9 @@ FileResult<SmartHealth> AskAta(const std::string& disk) {
 }
 
 FileResult<SmartHealth> AskNvme(const std::string& disk) {
-  // The log is the controller's: "nvme0n1" sits behind "nvme0".
-  const Device device("/dev/" + disk.substr(0, disk.find('n', 4)));
+  // Not the controller of the same number: a drive with two ports is behind several, of which one may be
+  // gone.
+  const Device device("/dev/" + disk);
   if (device.Number() < 0) {
     return {{}, errno};
   }

@@ -1,7 +1,6 @@
 #include "host/providers/ThermalZoneProvider.h"
 
 #include <algorithm>
-#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -14,6 +13,7 @@ namespace emstatus::host {
 namespace {
 
 const std::string kFolder = "/sys/class/thermal";
+constexpr char kPackageZone[] = "x86_pkg_temp";
 constexpr double kLowest = -40;
 constexpr double kHighest = 150;
 constexpr std::uint32_t kMostTrips = 64;
@@ -47,9 +47,11 @@ void JudgeTemperature(Reading& reading, double value, const ThermalZoneSample& z
   }
 }
 
-ThermalZoneSample TakeSample(SystemFiles& files, const std::string& folder, std::string type) {
+ThermalZoneSample TakeSample(SystemFiles& files, const std::string& name) {
+  const std::string folder = kFolder + "/" + name;
   ThermalZoneSample sample;
-  sample.type = std::move(type);
+  const FileResult<std::string> type = files.ReadAttribute(folder + "/type");
+  sample.type = type && !type.value.empty() ? type.value : name;
   sample.mode = files.ReadAttribute(folder + "/mode").value;
   sample.temperature = files.ReadAttribute(folder + "/temp");
   for (std::uint32_t number = 0; number < kMostTrips; ++number) {
@@ -101,69 +103,75 @@ std::optional<Reading> JudgeThermalZone(const ThermalZoneSample& zone) {
 }
 
 ThermalZoneProvider::ThermalZoneProvider(const FilesFactory& makeFiles, std::chrono::milliseconds patience)
-    : files_(makeFiles()), reads_(makeFiles, patience) {}
+    : files_(makeFiles()), reads_(makeFiles, patience), chipNames_(makeFiles, patience) {}
 
 std::vector<Reading> ThermalZoneProvider::Read(const ReadContext& context) {
-  const std::map<std::string, Zone> zones = FindZones();
-  std::map<std::string, DeviceReads<ThermalZoneSample>::Take> takes;
-  for (const auto& [name, zone] : zones) {
-    takes[name] = [folder = kFolder + "/" + name, type = zone.type](SystemFiles& files) {
-      return TakeSample(files, folder, type);
-    };
+  const FileResult<std::vector<std::string>> names = files_->List(kFolder);
+  if (!names && !IsGone(names.error)) {
+    throw std::system_error(names.error, std::generic_category(), kFolder);
   }
+  std::map<std::string, DeviceReads<ThermalZoneSample>::Take> takes;
+  std::map<std::uint32_t, std::string> numbered;
+  for (const std::string& name : names.value) {
+    if (const auto number = NumberAfter(name, "thermal_zone")) {
+      takes[name] = [name](SystemFiles& files) { return TakeSample(files, name); };
+      numbered.emplace(*number, name);
+    }
+  }
+  powerSupplies_ = files_->List("/sys/class/power_supply").value;
   const auto& answers = reads_.Read(takes, context.now);
+  const bool hasCoreSensors =
+      std::ranges::any_of(answers,
+                          [](const auto& answer) {
+                            return answer.second.sample && answer.second.sample->type == kPackageZone;
+                          }) &&
+      HasChip("coretemp", context);
   std::vector<Reading> readings;
-  for (const auto& [name, zone] : zones) {
+  std::map<std::string, int> used;
+  for (const auto& [number, name] : numbered) {
     const DeviceAnswer<ThermalZoneSample>& answer = answers.at(name);
     std::vector<Reading> told;
+    std::string id = name;
     if (!answer.sample) {
       told.emplace_back().objectClass = ObjectClass::ThermalZone;
+      told.back().mayGo = true;
       SetLate(told.back(), context.now - answer.waitingSince.value_or(context.now));
+    } else if (id = IdentityOf(answer.sample->type, used, hasCoreSensors); id.empty()) {
+      continue;
     } else if (auto reading = JudgeThermalZone(*answer.sample)) {
       told.push_back(std::move(*reading));
       SetAge(told, answer.takenAt, context.now, LateAfter());
     }
     for (Reading& reading : told) {
-      reading.id = zone.id;
-      reading.name = zone.id;
+      reading.id = id;
+      reading.name = id;
       readings.push_back(std::move(reading));
     }
   }
   return readings;
 }
 
-std::map<std::string, ThermalZoneProvider::Zone> ThermalZoneProvider::FindZones() {
-  const FileResult<std::vector<std::string>> names = files_->List(kFolder);
-  if (!names && !IsGone(names.error)) {
-    throw std::system_error(names.error, std::generic_category(), kFolder);
+std::string ThermalZoneProvider::IdentityOf(const std::string& type, std::map<std::string, int>& used,
+                                            bool hasCoreSensors) const {
+  // What the processor's own sensors tell, and tell better; what a battery tells.
+  if ((type == kPackageZone && hasCoreSensors) ||
+      std::ranges::find(powerSupplies_, type) != powerSupplies_.end()) {
+    return "";
   }
-  std::map<std::uint32_t, std::string> numbered;
-  for (const std::string& name : names.value) {
-    if (const auto number = NumberAfter(name, "thermal_zone")) {
-      numbered.emplace(*number, name);
-    }
-  }
-  std::map<std::string, Zone> zones;
-  std::map<std::string, int> used;
-  for (const auto& [number, name] : numbered) {
-    const FileResult<std::string> text = files_->ReadAttribute(kFolder + "/" + name + "/type");
-    const std::string type = text && !text.value.empty() ? text.value : name;
-    // What the processor's own sensors tell, and tell better.
-    if (type == "x86_pkg_temp" && HasChip("coretemp")) {
-      continue;
-    }
-    const int earlier = used[type]++;
-    zones[name] = {earlier == 0 ? type : type + "#" + std::to_string(earlier + 1), type};
-  }
-  return zones;
+  const int earlier = used[type]++;
+  return earlier == 0 ? type : type + "#" + std::to_string(earlier + 1);
 }
 
-bool ThermalZoneProvider::HasChip(const std::string& name) {
-  const std::string chips = "/sys/class/hwmon";
-  const FileResult<std::vector<std::string>> numbers = files_->List(chips);
-  return std::ranges::any_of(numbers.value, [&](const std::string& number) {
-    return files_->ReadAttribute(chips + "/" + number + "/name").value == name;
-  });
+bool ThermalZoneProvider::HasChip(const std::string& name, const ReadContext& context) {
+  const std::string chips = "/sys/class/hwmon/";
+  std::map<std::string, DeviceReads<std::string>::Take> takes;
+  for (const std::string& chip : files_->List(chips).value) {
+    takes[chip] = [file = chips + chip + "/name"](SystemFiles& files) {
+      return files.ReadAttribute(file).value;
+    };
+  }
+  return std::ranges::any_of(chipNames_.Read(takes, context.now),
+                             [&](const auto& answer) { return answer.second.sample == name; });
 }
 
 }  // namespace emstatus::host

@@ -36,17 +36,16 @@ class ThermalZoneProvider final : public Provider {
   std::vector<Reading> Read(const ReadContext& context) override;
 
  private:
-  struct Zone {
-    std::string id;
-    std::string type;
-  };
-
-  /// By the folder's name ("thermal_zone3").
-  std::map<std::string, Zone> FindZones();
-  bool HasChip(const std::string& name);
+  /// What a zone is called among the zones; empty for one that shows again what is told elsewhere.
+  std::string IdentityOf(const std::string& type, std::map<std::string, int>& used,
+                         bool hasCoreSensors) const;
+  bool HasChip(const std::string& name, const ReadContext& context);
 
   const std::unique_ptr<SystemFiles> files_;
   DeviceReads<ThermalZoneSample> reads_;
+  DeviceReads<std::string> chipNames_;
+  /// Present ones, whose temperatures are told as theirs.
+  std::vector<std::string> powerSupplies_;
 };
 
 }  // namespace emstatus::host

@@ -121,11 +121,52 @@ TEST(HwmonProvider, AChipThatGoesAndAnotherInItsPlace) {
   HwmonProvider provider(machine.Factory(), HwmonKind::Board, kPatient);
   EXPECT_EQ(ReadAt(provider, 0).size(), 1u);
   machine.Write({{"/sys/devices/platform/a.0/hwmon/hwmon0/name", "usurper"}});
-  EXPECT_TRUE(ReadAt(provider, 5).empty()) << "its values are not told under the old name";
-  EXPECT_EQ(Line(ReadAt(provider, 10)[0]), "usurper-a.0/temp1 good 40.0 °C");
+  EXPECT_EQ(Lines(ReadAt(provider, 5)), Texts{"usurper-a.0/temp1 good 40.0 °C"});
   machine.Remove("/sys/class/hwmon/hwmon0");
   machine.Remove("/sys/devices/platform/a.0");
   EXPECT_TRUE(ReadAt(provider, 15).empty());
+}
+
+TEST(HwmonProvider, AFolderThatHangsHoldsUpNoOtherChip) {
+  MachineFolder machine(
+      Chip("0", "platform/a.0", "/hwmon/hwmon0", {{"name", "a"}, {"temp1_input", "40000"}}));
+  machine.Write(Chip("1", "platform/b.0", "/hwmon/hwmon1", {{"name", "b"}, {"temp1_input", "41000"}}));
+  machine.Write(
+      {{"/sys/devices/platform/c.0/temp1_input", "42000"}, {"/sys/class/thermal/thermal_zone0/type", "b"}});
+  machine.Hang(AttributeOf("0", "name"));
+  machine.Hang("/sys/devices/platform");
+  machine.Hang("/sys/class/thermal/thermal_zone0/type");
+  HwmonProvider provider(machine.Factory(), HwmonKind::Board, kImpatient);
+  Texts expected = {"b-b.0/temp1 good 41.0 °C",
+                    "hwmon0 late: no answer for 0 s; the device or its driver may hang"};
+  EXPECT_EQ(ReadUntil(provider, 0, expected), expected);
+  HwmonProvider disks(machine.Factory(), HwmonKind::Sata, kImpatient);
+  EXPECT_TRUE(ReadAt(disks, 0).empty()) << "told once";
+  machine.Release();
+  expected = {"a-a.0/temp1 good 40.0 °C", "c.0/temp1 good 42.0 °C"};
+  EXPECT_EQ(ReadUntil(provider, 5, expected), expected) << "b mirrors a zone";
+}
+
+TEST(HwmonProvider, IdsStayWhenTheKernelNumbersAnew) {
+  MachineFolder machine;
+  const auto write = [&](const char* first, const char* second, const char* a, const char* b) {
+    for (const char* gone : {"/sys/class/hwmon", "/sys/devices/platform"}) {
+      machine.Remove(gone);
+    }
+    machine.Write(Chip(first, "platform/x.0", std::string("/hwmon/hwmon") + first,
+                       {{"name", "x"}, {"temp1_input", a}}));
+    machine.Write(Chip(second, "platform/x.1", std::string("/hwmon/hwmon") + second,
+                       {{"name", "x"}, {"temp1_input", b}}));
+    machine.Write(Chip("7", "platform/card", "/hwmon/hwmon7", {{"temp1_input", "1000"}}));
+    machine.Write(Chip("8", "platform/card", "/hwmon/hwmon8", {{"fan1_input", "1000"}}));
+  };
+  write("9", "10", "40000", "50000");
+  HwmonProvider provider(machine.Factory(), HwmonKind::Board, kPatient);
+  EXPECT_EQ(Lines(ReadAt(provider, 0)), (Texts{"card/fan1 good 1000 RPM", "card#2/temp1 good 1.0 °C",
+                                               "x-x.0/temp1 good 40.0 °C", "x-x.1/temp1 good 50.0 °C"}));
+  write("10", "9", "41000", "51000");
+  EXPECT_EQ(Lines(ReadAt(provider, 5)), (Texts{"card/fan1 good 1000 RPM", "card#2/temp1 good 1.0 °C",
+                                               "x-x.0/temp1 good 41.0 °C", "x-x.1/temp1 good 51.0 °C"}));
 }
 
 TEST(HwmonProvider, AlarmsThatClearOnReadAndLimitsThatAreReadSeldom) {

@@ -28,6 +28,8 @@ TEST(PowerSupplies, SuppliesAndBatteries) {
       {{{"type", "Mains"}, {"online", "1"}}, {"X good"}},
       {{{"type", "Mains"}, {"online", "0"}}, {"X warning: does not feed the machine: no power comes in"}},
       {{{"type", "USB"}, {"online", "0"}}, {"X inactive: nothing is connected to it"}},
+      {{{"type", "Mains"}}, {"X inactive: tells nothing of its state"}},
+      {{{"type", "Mains"}, {"online", "yes"}}, {"X implausible: online reads \"yes\", a number expected"}},
       {{{"type", "Mains"}, {"online", "0"}, {"present", "0"}}, {"X inactive: not present: the bay is empty"}},
       {{{"type", "Battery"}, {"status", "Full"}, {"capacity", "5"}}, {"X good 5.0 %"}},
       {{{"type", "Battery"}, {"status", "Discharging"}, {"capacity", "19"}},
@@ -60,15 +62,43 @@ TEST(PowerSupplies, SuppliesAndBatteries) {
   }
 }
 
+TEST(PowerSupplies, WhatCannotBeRead) {
+  const std::string folder = "/sys/class/power_supply/BAT0";
+  const struct {
+    const char* attribute;
+    int error;
+    const char* line;
+  } rows[] = {
+      {"health", EIO, "BAT0 sensor-fault: cannot be read: health: Input/output error"},
+      {"capacity", ETIMEDOUT, "BAT0 late: cannot be read: capacity: Connection timed out"},
+      {"capacity", ENODATA, "BAT0 good"},
+      {"status", EACCES, "BAT0 late: cannot be read: status: Permission denied"},
+  };
+  for (const auto& row : rows) {
+    MachineFolder machine(
+        In(folder, {{"type", "Battery"}, {"status", "Full"}, {"health", "Good"}, {"capacity", "90"}}));
+    machine.Fail(folder + "/" + row.attribute, row.error);
+    PowerSupplyProvider provider(machine.Factory(), kPatient);
+    EXPECT_EQ(Lines(ReadAt(provider, 0)), Texts{row.line});
+  }
+  MachineFolder machine(In(folder, {{"type", "Battery"}, {"status", "Full"}}));
+  machine.Hang(folder + "/status");
+  PowerSupplyProvider provider(machine.Factory(), kImpatient);
+  EXPECT_EQ(ReadAt(provider, 0)[0].objectClass, ObjectClass::Battery) << "told by its name";
+  machine.Release();
+}
+
 TEST(PowerSupplies, TwoMainsAreAGroup) {
   MachineFolder machine(In("/sys/class/power_supply/A", {{"type", "Mains"}, {"online", "1"}}));
   machine.Write(In("/sys/class/power_supply/B", {{"type", "Mains"}, {"online", "0"}}));
   machine.Write(In("/sys/class/power_supply/C", {{"type", "Mains"}, {"online", "1"}}));
+  machine.Write(In("/sys/class/power_supply/usb", {{"type", "USB"}, {"online", "1"}}));
   machine.Fail("/sys/class/power_supply/C/online", EIO);
   PowerSupplyProvider provider(machine.Factory(), kPatient);
   const auto readings = ReadAt(provider, 0);
   EXPECT_EQ(Lines(readings)[2], "C sensor-fault: cannot be read: online: Input/output error");
   EXPECT_EQ(readings[0].redundancy, (Redundancy{"mains", 3, 1, 1}));
+  EXPECT_FALSE(readings[3].redundancy) << "whatever is plugged in there";
 }
 
 TEST(ThermalZones, JudgedByTheirTripsAndToldOnce) {
@@ -95,18 +125,26 @@ TEST(ThermalZones, JudgedByTheirTripsAndToldOnce) {
   machine.Fail(folder + "4/temp", EAGAIN);
   Texts lines = {"acpitz implausible: -44.0 °C, between -40.0 °C and 150.0 °C possible",
                  "acpitz#2 critical 96.0 °C: 96.0 °C, less than 95.0 °C expected",
-                 "off inactive: switched off (mode is disabled)",
                  "x86_pkg_temp good 50.0 °C",
                  "soc warning 86.0 °C: 86.0 °C, less than 85.0 °C expected",
-                 "wifi late: cannot be read: temp: Resource temporarily unavailable"};
+                 "wifi late: cannot be read: temp: Resource temporarily unavailable",
+                 "off inactive: switched off (mode is disabled)"};
   EXPECT_EQ(ReadUntil(provider, 10, lines), lines);
   machine.Write({{"/sys/class/hwmon/hwmon0/name", "coretemp\n"}});
-  lines.erase(lines.begin() + 3);
+  lines.erase(lines.begin() + 2);
   EXPECT_EQ(ReadUntil(provider, 20, lines), lines);
   machine.Hang(folder + "1/temp");
   ReadAt(provider, 30);
   lines[1] = "acpitz#2 late: no answer for 30 s; the device or its driver may hang";
   EXPECT_EQ(ReadUntil(provider, 50, lines), lines);
+  machine.Hang(folder + "3/type");
+  machine.Hang("/sys/class/hwmon/hwmon0/name");
+  ThermalZoneProvider second(machine.Factory(), kImpatient);
+  const std::string silent = " late: no answer for 0 s; the device or its driver may hang";
+  lines = {
+      lines[0], "thermal_zone1" + silent, "x86_pkg_temp good 50.0 °C", "thermal_zone3" + silent, lines[3],
+      lines[4]};
+  EXPECT_EQ(ReadUntil(second, 0, lines), lines);
 }
 
 class ScriptedManager final : public UnitManager {

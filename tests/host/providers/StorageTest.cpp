@@ -14,7 +14,7 @@ using namespace host;
 
 TEST(NvmeControllers, StatesAndPaths) {
   MachineFolder machine;
-  NvmeProvider provider(machine.Files());
+  NvmeProvider provider(machine.Factory(), kPatient);
   EXPECT_TRUE(ReadAt(provider, 0).empty());
   const char* states[] = {"live", "connecting", "dead", "deleting (no IO)", "someday"};
   for (std::size_t at = 0; at < std::size(states); ++at) {
@@ -27,7 +27,7 @@ TEST(NvmeControllers, StatesAndPaths) {
   EXPECT_EQ(
       Lines(readings),
       (Texts{
-          "S1-nvme0 good",
+          "S1 good",
           "nvme1 warning: the connection is lost and is being made anew (its state is connecting, live expected)",
           "nvme2 critical: does not answer any more and was given up (its state is dead, live expected)",
           "nvme3 critical: is being taken away and does no I/O (its state is deleting (no IO), live expected)",
@@ -35,6 +35,10 @@ TEST(NvmeControllers, StatesAndPaths) {
           "nvme5 sensor-fault: cannot be read: state: Input/output error"}));
   EXPECT_EQ(readings[0].redundancy, (Redundancy{"nqn.x", 2, 1, 1}));
   EXPECT_FALSE(readings[2].redundancy);
+  machine.Hang("/sys/class/nvme/nvme0/state");
+  NvmeProvider second(machine.Factory(), kImpatient);
+  EXPECT_EQ(Line(ReadAt(second, 0)[0]), "nvme0 late: no answer for 0 s; the device or its driver may hang");
+  machine.Release();
 }
 
 MachineFolder::FileTable Disk(const std::string& name, const MachineFolder::FileTable& attributes) {
@@ -53,16 +57,20 @@ TEST(Disks, WhatTheKernelTells) {
   machine.Write(Disk("mmcblk0", {{"device/life_time", "0x02 0x0b"}, {"device/pre_eol_info", "0x01"}}));
   machine.Write(Disk("mmcblk0boot0", {}));
   machine.Write(Disk("nvme0c0n1", {}));
-  machine.Write(Disk("sdc", {{"removable", "1"}, {"size", "0"}}));
-  machine.Write(Disk("sdd", {{"size", "0"}}));
+  machine.Write(Disk("sdc", {{"removable", "1"}, {"device/state", "running"}}));
+  machine.Write(Disk("sdd", {{"size", "0"}, {"device/state", "running"}}));
+  machine.Write(Disk("sde", {{"device/state", "someday"}}));
+  machine.Write(Disk("sdf", {{"device/state", "running"}}));
+  machine.Fail("/sys/block/sdf/device/state", EIO);
   machine.Write(Disk("vda", {}));
   machine.Write({{"/sys/block/loop0/size", "0"}});
   DiskProvider provider(machine.Factory(), nullptr, kPatient);
   EXPECT_EQ(Lines(ReadAt(provider, 0)),
             (Texts{"mmcblk0 warning 1.0 MiB: it is beyond its expected life", "naa.1 good 1.0 MiB",
                    "naa.1-sdb critical 1.0 MiB: its state is offline, running expected",
-                   "sdc inactive: no medium in it", "sdd critical 0 B: its size is 0 B, more expected",
-                   "vda good 1.0 MiB"}));
+                   "sdd critical 0 B: its size is 0 B, more expected",
+                   "sde warning 1.0 MiB: its state is someday, running expected",
+                   "sdf sensor-fault: cannot be read: state: Input/output error"}));
   machine.Write({{"/sys/block/sda/device/ioerr_cnt", "0x19"}});
   EXPECT_EQ(Line(ReadAt(provider, 10)[1]), "naa.1 good 1.0 MiB")
       << "programs that try commands make some fail";
@@ -92,6 +100,10 @@ TEST(SmartTexts, NvmeLogAndAtaRegisters) {
   EXPECT_TRUE(ParseAtaSmartStatus(sense)->predictsFailure);
   sense[8] = 0;
   EXPECT_EQ(ParseAtaSmartStatus(sense), std::nullopt);
+  sense = {0x70, 0, 0, 0, 0x50, 0, 0xFF, 10, 0, 0, 0xF4, 0x2C, 0, 0x1D, 0, 0, 0, 0};
+  EXPECT_TRUE(ParseAtaSmartStatus(sense)->predictsFailure) << "fixed format";
+  sense[13] = 0;
+  EXPECT_EQ(ParseAtaSmartStatus(sense), std::nullopt) << "no registers in it";
 }
 
 class ScriptedSmart final : public SmartReader {
@@ -108,7 +120,7 @@ class ScriptedSmart final : public SmartReader {
 
 TEST(Disks, WhatDrivesSayOfThemselvesAndSeldom) {
   MachineFolder machine(Disk("sda", {{"device/vendor", "ATA     "}, {"device/state", "running"}}));
-  machine.Write(Disk("sdb", {{"device/vendor", "Generic"}}));
+  machine.Write(Disk("sdb", {{"device/vendor", "Generic"}, {"device/state", "running"}}));
   machine.Write(Disk("nvme0n1", {{"device/state", "live"}}));
   auto smart = std::make_shared<ScriptedSmart>();
   smart->answers["sda"].error = EPERM;
@@ -116,7 +128,7 @@ TEST(Disks, WhatDrivesSayOfThemselvesAndSeldom) {
   DiskProvider provider(machine.Factory(), smart, kPatient);
   Texts lines = {
       "nvme0n1 critical 1.0 MiB: 5 % of its spare blocks left, at least 10 % expected",
-      "sda good 1.0 MiB: its own word on its health (SMART) may not be read: Operation not permitted",
+      "sda good 1.0 MiB: its own word on its health (SMART) cannot be read: Operation not permitted",
       "sdb good 1.0 MiB"};
   EXPECT_EQ(Lines(ReadAt(provider, 0)), lines);
   smart->answers["sda"] = {{true, 0, {}, {}, {}}, 0};
@@ -126,6 +138,22 @@ TEST(Disks, WhatDrivesSayOfThemselvesAndSeldom) {
   EXPECT_EQ(Lines(ReadAt(provider, 1800)), lines);
   smart->answers["sda"] = {{}, ENODATA};
   EXPECT_EQ(Lines(ReadAt(provider, 3600)), lines) << "a drive that sleeps is not better for it";
+}
+
+TEST(Disks, OneThatHangsIsLateAndHoldsUpNoOther) {
+  MachineFolder machine(Disk("sda", {{"device/state", "running"}, {"device/wwid", "naa.1"}}));
+  machine.Write(Disk("sdb", {{"device/state", "running"}, {"device/wwid", "naa.2"}}));
+  DiskProvider provider(machine.Factory(), nullptr, kImpatient);
+  Texts lines = {"naa.1 good 1.0 MiB", "naa.2 good 1.0 MiB"};
+  EXPECT_EQ(ReadUntil(provider, 0, lines), lines);
+  machine.Hang("/sys/block/sda/device/state");
+  ReadAt(provider, 10);
+  lines[0] = "naa.1 late: no answer for 30 s; the device or its driver may hang";
+  EXPECT_EQ(ReadUntil(provider, 30, lines), lines);
+  DiskProvider second(machine.Factory(), nullptr, kImpatient);
+  lines[0] = "sda late: no answer for 0 s; the device or its driver may hang";
+  EXPECT_EQ(ReadUntil(second, 0, lines), lines);
+  machine.Release();
 }
 
 }  // namespace
