@@ -1,11 +1,13 @@
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
+#include "host/commands/ProgramVersion.h"
 #include "host/commands/Subcommands.h"
 
 namespace {
@@ -17,7 +19,7 @@ constexpr int kUnknown = 3;
 
 int main(int argc, char** argv) {
   CLI::App program("emhost: shows the health of this machine through an extension module", "emhost");
-  program.set_version_flag("--version", "emhost " EMHOST_VERSION);
+  program.set_version_flag("--version", std::string("emhost ") + emstatus::host::ProgramVersion());
   program.require_subcommand(1);
   program.footer(
       "Examples:\n"

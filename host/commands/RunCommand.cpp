@@ -3,11 +3,11 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "host/commands/RunningHost.h"
+#include "host/commands/StatusService.h"
 #include "host/view/Colours.h"
 #include "host/view/SimulationText.h"
 #include "host/view/TreeJson.h"
@@ -18,6 +18,7 @@ namespace {
 
 struct RunOptions {
   HostOptions host;
+  ServiceOptions service;
   bool once = false;
   bool json = false;
   /// Seconds that --once waits for a scan.
@@ -27,7 +28,10 @@ struct RunOptions {
 class Run {
  public:
   explicit Run(const RunOptions& options)
-      : options_(options), colours_(!options.json && StandardOutputTakesColours()), host_(options.host) {}
+      : options_(options),
+        colours_(!options.json && StandardOutputTakesColours()),
+        service_(options.once ? ServiceOptions{"", true} : options.service),
+        host_(options.host) {}
 
   int Once();
   int Forever();
@@ -36,22 +40,19 @@ class Run {
   void HandleScan(const Notice& notice);
   void HandleNotice(const Notice& notice);
   void Show(const Report& report) const;
-  void Show(const StatusChange& change) const;
-  void ShowSimulation(const Notice& scanEnd);
+  void Show(const StatusChange& change);
+  void ShowSimulation(const Notice& scanEnd, const Report& report);
 
   const RunOptions& options_;
   const bool colours_;
+  // From before the host's start, so that whoever asks meanwhile waits for its first scan.
+  StatusService service_;
   RunningHost host_;
   StatusHistory history_;
   std::vector<StatusChange> pending_;
   SimulationState simulation_;
   bool treeShown_ = false;
 };
-
-/// JSON of one line while it goes on, laid out when it is all there is.
-std::string Dumped(const nlohmann::ordered_json& json, int indent) {
-  return json.dump(indent, ' ', false, nlohmann::json::error_handler_t::replace);
-}
 
 void Run::Show(const Report& report) const {
   if (!options_.json) {
@@ -62,37 +63,25 @@ void Run::Show(const Report& report) const {
   if (!options_.once) {
     json = {{"Event", "Tree"}, {"Report", json}};
   }
-  std::cout << Dumped(json, options_.once ? 2 : -1) << std::endl;
+  std::cout << JsonText(json, options_.once) << std::endl;
 }
 
-void Run::Show(const StatusChange& change) const {
-  std::cout << (options_.json ? Dumped(ChangeJson(change, host_.Words()), -1)
-                              : ChangeText(change, host_.Words(), colours_))
-            << std::endl;
+void Run::Show(const StatusChange& change) {
+  const nlohmann::ordered_json json = ChangeJson(change, host_.Words());
+  std::cout << (options_.json ? JsonText(json) : ChangeText(change, host_.Words(), colours_)) << std::endl;
+  service_.Tell(json, ChangeText(change, host_.Words(), false));
 }
 
 int Run::Once() {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(options_.limit);
-  while (!host_.Stopped()) {
-    const auto rest = end - std::chrono::steady_clock::now();
-    const auto notices = host_.Wait(std::chrono::ceil<std::chrono::milliseconds>(rest));
-    for (const Notice& notice : notices) {
-      if (notice.kind == Notice::Kind::ScanEnd) {
-        const Report report = host_.MakeReport(notice.led);
-        Show(report);
-        return ExitCodeOf(report.systemStatus);
-      }
-    }
-    if (rest <= rest.zero()) {
-      throw std::runtime_error("no scan has ended within " + std::to_string(options_.limit) +
-                               " seconds; --trace 2 tells what the module is doing.");
-    }
+  const auto report = host_.FirstReport(std::chrono::seconds(options_.limit));
+  if (report) {
+    Show(*report);
   }
-  return ExitCodeOf(0);
+  return ExitCodeOf(report ? report->systemStatus : 0);
 }
 
 /// Tells what is simulated, before the events that come of it, when that is no longer what it was.
-void Run::ShowSimulation(const Notice& scanEnd) {
+void Run::ShowSimulation(const Notice& scanEnd, const Report& report) {
   SimulationState simulation = host_.Simulation();
   const bool same = std::exchange(simulation_, simulation) == simulation;
   if (same || !treeShown_) {
@@ -100,22 +89,23 @@ void Run::ShowSimulation(const Notice& scanEnd) {
   }
   if (simulation.InForce()) {
     // Knows which of the parts there are.
-    simulation = host_.MakeReport(scanEnd.led).simulation;
+    simulation = report.simulation;
   }
-  std::cout << (options_.json
-                    ? Dumped(SimulationEventJson(scanEnd.time, simulation, host_.Words()), -1)
-                    : InColour(SimulationEventText(scanEnd.time, simulation, host_.Words()), 2, colours_))
-            << std::endl;
+  const nlohmann::ordered_json json = SimulationEventJson(scanEnd.time, simulation, host_.Words());
+  const std::string text = SimulationEventText(scanEnd.time, simulation, host_.Words());
+  std::cout << (options_.json ? JsonText(json) : InColour(text, 2, colours_)) << std::endl;
+  service_.Tell(json, text);
 }
 
 /// Events come before the end of their scan, which is when the tree holds what they tell.
 void Run::HandleScan(const Notice& notice) {
-  ShowSimulation(notice);
+  const Report report = host_.MakeReport(notice.led);
+  service_.Publish(report, host_.Words());
+  ShowSimulation(notice, report);
   if (!treeShown_) {
-    Show(host_.MakeReport(notice.led));
+    Show(report);
     treeShown_ = true;
-  } else if (!pending_.empty()) {
-    const Report report = host_.MakeReport(notice.led);
+  } else {
     for (StatusChange& change : pending_) {
       host_.Name(change, report.root);
       Show(change);
@@ -149,6 +139,7 @@ int Run::Forever() {
 std::function<int()> SetUpRunCommand(CLI::App& command) {
   const auto options = std::make_shared<RunOptions>();
   AddHostOptions(command, options->host);
+  AddServiceOptions(command, options->service);
   command.add_flag("--once", options->once,
                    "Show the tree after the first scan; exit 0 all good, 1 warning, 2 error, 3 no status");
   command.add_flag("--json", options->json, "For programs: the tree, and each event as a line, as JSON");

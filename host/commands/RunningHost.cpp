@@ -151,6 +151,23 @@ Report RunningHost::MakeReport(std::uint32_t led) {
   return report;
 }
 
+std::optional<Report> RunningHost::FirstReport(std::chrono::seconds limit) {
+  const auto end = std::chrono::steady_clock::now() + limit;
+  while (!stopped_) {
+    const auto rest = end - std::chrono::steady_clock::now();
+    for (const Notice& notice : Wait(std::chrono::ceil<std::chrono::milliseconds>(rest))) {
+      if (notice.kind == Notice::Kind::ScanEnd) {
+        return MakeReport(notice.led);
+      }
+    }
+    if (rest <= rest.zero()) {
+      throw std::runtime_error("no scan has ended within " + std::to_string(limit.count()) +
+                               " seconds; --trace 2 tells what the module is doing.");
+    }
+  }
+  return std::nullopt;
+}
+
 void RunningHost::Name(StatusChange& change, const StatusNode& root) {
   const SimulationState simulation = simulation_->State();
   change.simulated = simulation.InForce();

@@ -56,6 +56,10 @@ class RunningHost {
   /// gives no tree that can be read.
   Report MakeReport(std::uint32_t led);
 
+  /// Waits for the first scan. Nothing after a stop signal; throws a std::runtime_error when no scan ends
+  /// within `limit`, and as MakeReport() does.
+  std::optional<Report> FirstReport(std::chrono::seconds limit);
+
   /// Fills in names, and the object that an instance stands for, from the tree, and whether it is simulated.
   void Name(StatusChange& change, const StatusNode& root);
 

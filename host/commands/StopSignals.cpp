@@ -1,5 +1,6 @@
 #include "host/commands/StopSignals.h"
 
+#include <poll.h>
 #include <pthread.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -36,6 +37,11 @@ StopSignals::~StopSignals() {
   }
   close(descriptor_);
   pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
+
+bool StopSignals::HasCome() const {
+  pollfd polled{descriptor_, POLLIN, 0};
+  return poll(&polled, 1, 0) > 0;
 }
 
 }  // namespace emstatus::host

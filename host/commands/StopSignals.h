@@ -16,6 +16,7 @@ class StopSignals {
 
   /// Readable once a signal has come.
   int Descriptor() const { return descriptor_; }
+  bool HasCome() const;
 
  private:
   sigset_t before_{};

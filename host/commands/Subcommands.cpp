@@ -1,15 +1,21 @@
 #include "host/commands/Subcommands.h"
 
 #include "host/commands/CheckConfigCommand.h"
+#include "host/commands/EventsCommand.h"
 #include "host/commands/FaultsCommand.h"
+#include "host/commands/JsonCommand.h"
 #include "host/commands/RunCommand.h"
 #include "host/commands/SimulateCommand.h"
+#include "host/commands/TreeCommand.h"
 
 namespace emstatus::host {
 namespace {
 
 constexpr Subcommand kSubcommands[] = {
     {"run", "Load the module, show the status tree, then each event as it comes", SetUpRunCommand},
+    {"tree", "Show the status tree of the running emhost, or of a scan of its own", SetUpTreeCommand},
+    {"json", "Show the same as JSON", SetUpJsonCommand},
+    {"events", "Show what has happened in the running emhost, and go on with --follow", SetUpEventsCommand},
     {"simulate", "Force the status of a part for a while, to see what would happen", SetUpSimulateCommand},
     {"check-config", "Tell what is wrong with a configuration, also what the module passes over in silence",
      SetUpCheckConfigCommand},

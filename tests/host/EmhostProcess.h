@@ -8,8 +8,11 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdlib>
 #include <string>
 #include <vector>
+
+#include "tests/support/TemporaryDirectory.h"
 
 namespace emstatus::test {
 
@@ -18,6 +21,8 @@ class EmhostProcess {
  public:
   explicit EmhostProcess(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), EMHOST_PROGRAM);
+    // Its usual socket is this test program's own, and not that of an emhost at work on this machine.
+    static const TemporaryDirectory sockets;
     std::array<int, 2> pipe{};
     EXPECT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0);
     id_ = fork();
@@ -27,6 +32,7 @@ class EmhostProcess {
         raw.push_back(argument.data());
       }
       raw.push_back(nullptr);
+      setenv("RUNTIME_DIRECTORY", sockets.Path().c_str(), 1);
       dup2(pipe[1], STDOUT_FILENO);
       dup2(pipe[1], STDERR_FILENO);
       execv(raw[0], raw.data());

@@ -1,0 +1,9 @@
+#include "host/commands/ProgramVersion.h"
+
+namespace emstatus::host {
+
+const char* ProgramVersion() {
+  return EMHOST_VERSION;
+}
+
+}  // namespace emstatus::host
