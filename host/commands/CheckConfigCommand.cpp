@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/commands/DefaultPaths.h"
+#include "host/configcheck/BudgetText.h"
 #include "host/configcheck/Checks.h"
 #include "host/configcheck/ProblemText.h"
 
@@ -53,6 +54,7 @@ class CheckConfig {
     const std::string text = ReadFileText(files_.configuration.string());
     const IniFile ini(text);
     const Configuration configuration = ReadConfiguration(ini);
+    untilJudged_ = UntilSilenceIsJudged(configuration);
     problems_ = CheckConfiguration(ini, configuration, files_.configuration.filename().string());
     std::error_code ignored;
     if (fs::exists(files_.simulation, ignored)) {
@@ -60,6 +62,7 @@ class CheckConfig {
           CheckSimulation(ReadFileText(files_.simulation.string()), configuration, text, kSimulationBeside);
       problems_.insert(problems_.end(), more.begin(), more.end());
     }
+    budgets_ = DetectionBudgets(configuration);
     if (options_.json) {
       std::cout << Json().dump(2) << '\n';
     } else {
@@ -78,15 +81,28 @@ class CheckConfig {
       std::cout << TextOf(problem, file.string()) << '\n';
     }
     std::cout << files_.configuration.string() << ": " << Summary(problems_) << '\n';
+    if (!budgets_.empty()) {
+      std::cout
+          << "\nThe longest time until it shows when a part fails, is no longer answered for, or fails in a\n"
+             "component that had none:\n\n"
+          << BudgetText(budgets_)
+          << "\nA mandatory component that does not answer from the start on: " << DurationText(untilJudged_)
+          << '\n';
+    }
   }
 
   nlohmann::ordered_json Json() const {
-    return {{"File", files_.configuration.string()}, {"Problems", ProblemsJson(problems_)}};
+    return {{"File", files_.configuration.string()},
+            {"Problems", ProblemsJson(problems_)},
+            {"Budget", BudgetJson(budgets_)},
+            {"SilentFromStartSeconds", SecondsJson(untilJudged_)}};
   }
 
   CheckConfigOptions options_;
   ConfigurationFiles files_;
   std::vector<Problem> problems_;
+  std::vector<DetectionBudget> budgets_;
+  DetectionBudget::Duration untilJudged_{0};
 };
 
 }  // namespace
