@@ -7,17 +7,6 @@
 namespace emstatus::host {
 namespace {
 
-Reading Described(ObjectClass objectClass, const Mount& mount) {
-  Reading reading;
-  reading.objectClass = objectClass;
-  reading.id = mount.point;
-  reading.name = mount.point;
-  reading.quality = Quality::Good;
-  reading.customerServiceable = true;
-  reading.mayGo = ComesAndGoes(mount.point);
-  return reading;
-}
-
 void JudgeUse(Reading& reading, double percent, const UseLimits& limits, const std::string& left) {
   reading.measurement = Measurement{percent, Unit::Percent, {}};
   reading.measurement->limits.upperWarning = limits.warning;
@@ -31,32 +20,50 @@ void JudgeUse(Reading& reading, double percent, const UseLimits& limits, const s
       Format("%.1f %% used, less than %.0f %% expected; %s left", percent, limits.warning, left.c_str());
 }
 
-void JudgeErrors(Reading& reading, const Ext4Errors& errors, FilesystemMemory& memory,
+std::string AgeText(std::int64_t time, std::chrono::system_clock::time_point wallTime) {
+  const auto now = std::chrono::duration_cast<std::chrono::seconds>(wallTime.time_since_epoch()).count();
+  return SpanText(static_cast<double>(std::max<std::int64_t>(0, now - time))) + " ago";
+}
+
+void JudgeErrors(Reading& reading, const FilesystemErrors& errors, FilesystemMemory& memory,
                  std::chrono::system_clock::time_point wallTime) {
   memory.oldErrors = std::min(memory.oldErrors.value_or(errors.count), errors.count);
+  if (errors.missingDevices > 0) {
+    reading.condition = Condition::Critical;
+    reading.reason = Format("%u of its devices are missing, none expected", errors.missingDevices);
+    reading.advice = "look for the disk; then btrfs replace or btrfs device remove missing";
+    return;
+  }
   if (errors.count <= 0) {
     return;
   }
   const std::int64_t fresh = errors.count - *memory.oldErrors;
-  reading.condition = fresh > 0 ? Condition::Critical : Condition::Warning;
+  reading.condition = fresh > 0 && errors.isDamage ? Condition::Critical : Condition::Warning;
   reading.reason =
-      Format("%lld filesystem errors recorded, 0 expected", static_cast<long long>(errors.count));
+      Format("%lld %s errors recorded, 0 expected", static_cast<long long>(errors.count), errors.what);
   if (fresh > 0) {
     reading.reason += Format(", %lld of them new", static_cast<long long>(fresh));
   }
   if (errors.lastTime > 0) {
-    const auto now = std::chrono::duration_cast<std::chrono::seconds>(wallTime.time_since_epoch()).count();
-    reading.reason += "; the last " +
-                      SpanText(static_cast<double>(std::max<std::int64_t>(0, now - errors.lastTime))) +
-                      " ago";
+    reading.reason += "; the last " + AgeText(errors.lastTime, wallTime);
   }
-  reading.advice = "unmount it and run e2fsck; look for disk errors in the kernel log";
+  reading.advice = errors.advice;
 }
 
 }  // namespace
 
+Reading FilesystemReading(ObjectClass objectClass, const Mount& mount) {
+  Reading reading;
+  reading.objectClass = objectClass;
+  reading.id = reading.name = mount.point;
+  reading.customerServiceable = objectClass != ObjectClass::FilesystemHealth;
+  reading.mayGo = objectClass != ObjectClass::FilesystemHealth || ComesAndGoes(mount);
+  return reading;
+}
+
 Reading JudgeSpace(const Mount& mount, const FilesystemRoom& room, const UseLimits& limits) {
-  Reading reading = Described(ObjectClass::FilesystemSpace, mount);
+  Reading reading = FilesystemReading(ObjectClass::FilesystemSpace, mount);
+  reading.quality = Quality::Good;
   const double used = static_cast<double>(room.size - std::min(room.size, room.free));
   const double usable = used + static_cast<double>(room.available);
   if (usable <= 0) {
@@ -65,7 +72,7 @@ Reading JudgeSpace(const Mount& mount, const FilesystemRoom& room, const UseLimi
     return reading;
   }
   const double percent = 100 * used / usable;
-  if (mount.mountReadOnly || mount.superReadOnly || room.readOnly) {
+  if (mount.superReadOnly) {
     reading.measurement = Measurement{percent, Unit::Percent, {}};
     return reading;
   }
@@ -82,10 +89,11 @@ std::optional<Reading> JudgeInodes(const Mount& mount, const FilesystemRoom& roo
   if (room.inodes == 0) {
     return std::nullopt;
   }
-  Reading reading = Described(ObjectClass::FilesystemInodes, mount);
+  Reading reading = FilesystemReading(ObjectClass::FilesystemInodes, mount);
+  reading.quality = Quality::Good;
   const std::uint64_t used = room.inodes - std::min(room.inodes, room.inodesFree);
   const double percent = 100 * static_cast<double>(used) / static_cast<double>(room.inodes);
-  if (mount.mountReadOnly || mount.superReadOnly || room.readOnly) {
+  if (mount.superReadOnly) {
     reading.measurement = Measurement{percent, Unit::Percent, {}};
     return reading;
   }
@@ -98,27 +106,30 @@ std::optional<Reading> JudgeInodes(const Mount& mount, const FilesystemRoom& roo
   return reading;
 }
 
-Reading JudgeHealth(const Mount& mount, const std::optional<Ext4Errors>& errors, FilesystemMemory& memory,
-                    std::chrono::system_clock::time_point wallTime) {
-  Reading reading = Described(ObjectClass::FilesystemHealth, mount);
-  reading.customerServiceable = false;
+Reading JudgeHealth(const Mount& mount, const std::optional<FilesystemErrors>& errors,
+                    FilesystemMemory& memory, std::chrono::system_clock::time_point wallTime) {
+  Reading reading = FilesystemReading(ObjectClass::FilesystemHealth, mount);
+  reading.quality = Quality::Good;
   if (errors) {
     JudgeErrors(reading, *errors, memory, wallTime);
   }
   const bool readOnly = mount.mountReadOnly || mount.superReadOnly;
   const bool madeReadOnly =
       mount.superReadOnly && !mount.mountReadOnly && KindOf(mount) == FilesystemKind::Disk;
-  if (madeReadOnly || (readOnly && memory.wasWritable)) {
+  const bool turned = (readOnly && memory.wasWritable) || (mount.superReadOnly && memory.superWasWritable);
+  if (mount.isShutDown || madeReadOnly || turned) {
     reading.condition = Condition::Critical;
     const std::string recorded = reading.reason.empty() ? "" : "; " + reading.reason;
-    reading.reason = madeReadOnly ? "mounted read-write, but the kernel made it read-only after an error"
-                                  : "turned read-only while it was watched, read-write expected";
+    reading.reason = mount.isShutDown ? "has shut itself down after an error: nothing can be read or written"
+                     : madeReadOnly   ? "mounted read-write, but the kernel made it read-only after an error"
+                                      : "turned read-only while it was watched, read-write expected";
     reading.reason += recorded;
     reading.advice = "save the data, look for disk errors in the kernel log, then check the filesystem";
   } else if (readOnly && reading.reason.empty()) {
-    reading.reason = "mounted read-only";
+    reading.reason = mount.superReadOnly ? "mounted read-only" : "read-only at this mount point";
   }
   memory.wasWritable = memory.wasWritable || !readOnly;
+  memory.superWasWritable = memory.superWasWritable || !mount.superReadOnly;
   return reading;
 }
 

@@ -3,40 +3,40 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <set>
 #include <system_error>
 #include <utility>
 
-#include "host/providers/KernelText.h"
 #include "host/providers/Lateness.h"
 #include "host/providers/ReadFault.h"
 
 namespace emstatus::host {
 namespace {
 
-Reading Unknown(ObjectClass objectClass, const Mount& mount) {
-  Reading reading;
-  reading.objectClass = objectClass;
-  reading.id = mount.point;
-  reading.name = mount.point;
-  reading.mayGo = ComesAndGoes(mount.point);
-  return reading;
-}
-
-// The filesystem has given up (a shut-down xfs) or its server has.
+// The filesystem has given up (a shut-down xfs, a structure that makes no sense), its server has, or the
+// program that it lives in.
 bool IsDead(int error) {
-  return error == EIO || error == ENXIO || error == ESTALE || error == EHOSTDOWN;
+  return error == EIO || error == ENXIO || error == EUCLEAN || error == EBADMSG || error == ESTALE ||
+         error == EHOSTDOWN || error == ENOTCONN;
 }
 
-std::int64_t NumberIn(SystemFiles& files, const std::string& path) {
-  const FileResult<std::string> text = files.ReadAttribute(path);
-  return text ? ParseInteger(text.value).value_or(0) : 0;
+// As the kernel writes mount points, each once.
+std::vector<std::string> MountPoints(const std::vector<std::string>& names) {
+  std::set<std::string> points;
+  for (std::string name : names) {
+    while (name.size() > 1 && name.ends_with('/')) {
+      name.pop_back();
+    }
+    points.insert(std::move(name));
+  }
+  return {points.begin(), points.end()};
 }
 
 }  // namespace
 
-FilesystemProvider::FilesystemProvider(const FilesFactory& makeFiles, std::vector<std::string> named,
+FilesystemProvider::FilesystemProvider(const FilesFactory& makeFiles, const std::vector<std::string>& named,
                                        UseLimits limits, std::chrono::milliseconds patience)
-    : named_(std::move(named)), limits_(limits), files_(makeFiles()), rooms_(makeFiles, patience) {}
+    : named_(MountPoints(named)), limits_(limits), files_(makeFiles()), reads_(makeFiles, patience) {}
 
 std::vector<Reading> FilesystemProvider::Read(const ReadContext& context) {
   const FileResult<std::string> table = files_->ReadText("/proc/self/mountinfo", 8U << 20);
@@ -44,13 +44,22 @@ std::vector<Reading> FilesystemProvider::Read(const ReadContext& context) {
     throw std::system_error(table.error, std::generic_category(), "/proc/self/mountinfo");
   }
   const std::vector<Mount> mounts = MountsToTell(ParseMountInfo(table.value), named_);
-  std::map<std::string, DeviceReads<FileResult<FilesystemRoom>>::Take> takes;
+  std::map<std::string, DeviceReads<Sample>::Take> takes;
   for (const Mount& mount : mounts) {
-    takes[mount.point] = [point = mount.point](SystemFiles& files) { return files.Room(point); };
+    if (!IsWaitingPlace(mount)) {
+      takes[mount.point] = [mount](SystemFiles& files) {
+        return Sample{files.Room(mount.point), ReadFilesystemErrors(files, mount)};
+      };
+    }
   }
-  const auto& answers = rooms_.Read(takes, context.now);
+  const auto& answers = reads_.Read(takes, context.now);
   std::vector<Reading> readings;
   for (const Mount& mount : mounts) {
+    if (IsWaitingPlace(mount)) {
+      readings.push_back(FilesystemReading(ObjectClass::FilesystemHealth, mount));
+      SetUnknown(readings.back(), Quality::Inactive, "mounted when it is used, not in use now");
+      continue;
+    }
     TellHealth(readings, mount, answers.at(mount.point), context);
     TellRoom(readings, mount, answers.at(mount.point), context);
   }
@@ -59,28 +68,13 @@ std::vector<Reading> FilesystemProvider::Read(const ReadContext& context) {
   return readings;
 }
 
-std::optional<Ext4Errors> FilesystemProvider::ReadErrors(const Mount& mount) {
-  if (mount.type != "ext4" && mount.type != "ext3" && mount.type != "ext2") {
-    return std::nullopt;
-  }
-  const FileResult<std::string> device = files_->RealPath("/sys/dev/block/" + mount.device);
-  const std::string name(BaseName(device ? device.value : mount.source));
-  const std::string folder = "/sys/fs/ext4/" + name;
-  const FileResult<std::string> count = files_->ReadAttribute(folder + "/errors_count");
-  const auto number = count ? ParseInteger(count.value) : std::nullopt;
-  if (!number) {
-    return std::nullopt;
-  }
-  return Ext4Errors{*number, *number > 0 ? NumberIn(*files_, folder + "/last_error_time") : 0};
-}
-
-void FilesystemProvider::TellHealth(std::vector<Reading>& readings, const Mount& mount,
-                                    const RoomAnswer& answer, const ReadContext& context) {
-  Reading reading = JudgeHealth(mount, ReadErrors(mount), memories_[mount.point], context.wallTime);
-  if (reading.condition == Condition::Good && answer.sample && !*answer.sample &&
-      IsDead(answer.sample->error)) {
+void FilesystemProvider::TellHealth(std::vector<Reading>& readings, const Mount& mount, const Answer& answer,
+                                    const ReadContext& context) {
+  const auto errors = answer.sample ? answer.sample->errors : std::nullopt;
+  Reading reading = JudgeHealth(mount, errors, memories_[mount.point], context.wallTime);
+  if (reading.condition == Condition::Good && answer.sample && IsDead(answer.sample->room.error)) {
     reading.condition = Condition::Critical;
-    reading.reason = "cannot be used: " + ErrorText(answer.sample->error);
+    reading.reason = "cannot be used: " + ErrorText(answer.sample->room.error);
     reading.advice = "look for disk or network errors in the kernel log";
   }
   const auto since = answer.sample ? answer.takenAt : answer.waitingSince.value_or(context.now);
@@ -90,28 +84,36 @@ void FilesystemProvider::TellHealth(std::vector<Reading>& readings, const Mount&
   readings.push_back(std::move(reading));
 }
 
-void FilesystemProvider::TellRoom(std::vector<Reading>& readings, const Mount& mount,
-                                  const RoomAnswer& answer, const ReadContext& context) {
-  if (!answer.sample) {
-    readings.push_back(Unknown(ObjectClass::FilesystemSpace, mount));
-    SetLate(readings.back(), context.now - answer.waitingSince.value_or(context.now));
-    return;
-  }
+void FilesystemProvider::TellRoom(std::vector<Reading>& readings, const Mount& mount, const Answer& answer,
+                                  const ReadContext& context) {
+  FilesystemMemory& memory = memories_[mount.point];
   std::vector<Reading> told;
-  if (const FileResult<FilesystemRoom>& room = *answer.sample; room) {
-    told.push_back(JudgeSpace(mount, room.value, limits_));
-    if (auto inodes = JudgeInodes(mount, room.value, limits_)) {
+  if (answer.sample && answer.sample->room) {
+    const FilesystemRoom& room = answer.sample->room.value;
+    told.push_back(JudgeSpace(mount, room, limits_));
+    auto inodes = JudgeInodes(mount, room, limits_);
+    memory.hasInodes = inodes.has_value();
+    if (inodes) {
       told.push_back(std::move(*inodes));
     }
-  } else if (!IsGone(room.error)) {
-    told.push_back(Unknown(ObjectClass::FilesystemSpace, mount));
-    if (room.error == EOPNOTSUPP) {
-      SetUnknown(told.back(), Quality::Inactive, "a copy of a machine does not tell it");
-    } else {
-      SetUnread(told.back(), mount.point, room.error);
+  } else {
+    told.push_back(FilesystemReading(ObjectClass::FilesystemSpace, mount));
+    if (memory.hasInodes) {
+      told.push_back(FilesystemReading(ObjectClass::FilesystemInodes, mount));
+    }
+    for (Reading& reading : told) {
+      if (!answer.sample) {
+        SetLate(reading, context.now - answer.waitingSince.value_or(context.now));
+      } else if (answer.sample->room.error == EOPNOTSUPP) {
+        SetUnknown(reading, Quality::Inactive, "a copy of a machine does not tell it");
+      } else {
+        SetUnread(reading, mount.point, answer.sample->room.error);
+      }
     }
   }
-  SetAge(told, answer.takenAt, context.now, LateAfter());
+  if (answer.sample) {
+    SetAge(told, answer.takenAt, context.now, LateAfter());
+  }
   std::ranges::move(told, std::back_inserter(readings));
 }
 
@@ -121,7 +123,7 @@ void FilesystemProvider::TellNotMounted(std::vector<Reading>& readings,
     if (std::ranges::find(told, point, &Mount::point) == told.end()) {
       Mount mount;
       mount.point = point;
-      Reading reading = Unknown(ObjectClass::FilesystemHealth, mount);
+      Reading reading = FilesystemReading(ObjectClass::FilesystemHealth, mount);
       reading.quality = Quality::Good;
       reading.condition = Condition::Critical;
       reading.customerServiceable = true;

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,8 +18,8 @@ class FilesystemProvider final : public Provider {
  public:
   /// `named`: mount points that are told although they are on the network or pseudo filesystems, and that
   /// must be mounted.
-  FilesystemProvider(const FilesFactory& makeFiles, std::vector<std::string> named, UseLimits limits = {},
-                     std::chrono::milliseconds patience = ReadLanes::kPatience);
+  FilesystemProvider(const FilesFactory& makeFiles, const std::vector<std::string>& named,
+                     UseLimits limits = {}, std::chrono::milliseconds patience = ReadLanes::kPatience);
 
   std::string_view Name() const override { return "filesystems"; }
   std::chrono::milliseconds Interval() const override { return std::chrono::seconds(10); }
@@ -27,12 +28,15 @@ class FilesystemProvider final : public Provider {
   bool Confirm(ObjectClass objectClass, const std::string& id) override;
 
  private:
-  using RoomAnswer = DeviceAnswer<FileResult<FilesystemRoom>>;
+  struct Sample {
+    FileResult<FilesystemRoom> room;
+    std::optional<FilesystemErrors> errors;
+  };
+  using Answer = DeviceAnswer<Sample>;
 
-  std::optional<Ext4Errors> ReadErrors(const Mount& mount);
-  void TellHealth(std::vector<Reading>& readings, const Mount& mount, const RoomAnswer& answer,
+  void TellHealth(std::vector<Reading>& readings, const Mount& mount, const Answer& answer,
                   const ReadContext& context);
-  void TellRoom(std::vector<Reading>& readings, const Mount& mount, const RoomAnswer& answer,
+  void TellRoom(std::vector<Reading>& readings, const Mount& mount, const Answer& answer,
                 const ReadContext& context);
   void TellNotMounted(std::vector<Reading>& readings, const std::vector<Mount>& told) const;
 
@@ -41,7 +45,7 @@ class FilesystemProvider final : public Provider {
   const UseLimits limits_;
   // The provider's thread
   std::unique_ptr<SystemFiles> files_;
-  DeviceReads<FileResult<FilesystemRoom>> rooms_;
+  DeviceReads<Sample> reads_;
   std::map<std::string, FilesystemMemory> memories_;
 };
 

@@ -49,15 +49,22 @@ std::optional<Mount> ParseLine(std::string_view line) {
   mount.type = WithoutOctalEscapes(dash[1]);
   mount.source = WithoutOctalEscapes(dash[2]);
   mount.superReadOnly = HasOption(dash[3], "ro") || HasOption(dash[3], "emergency_ro");
+  mount.isShutDown = HasOption(dash[3], "shutdown");
   return mount;
 }
 
 std::vector<Mount> Uncovered(const std::vector<Mount>& mounts) {
   std::vector<Mount> uncovered;
-  for (const Mount& mount : mounts) {
-    std::erase_if(uncovered, [&](const Mount& earlier) { return earlier.point == mount.point; });
-    uncovered.push_back(mount);
+  std::map<std::string_view, std::size_t> places;
+  for (auto mount = mounts.rbegin(); mount != mounts.rend(); ++mount) {
+    const auto [place, isNew] = places.emplace(mount->point, uncovered.size());
+    if (isNew) {
+      uncovered.push_back(*mount);
+    } else if (IsWaitingPlace(*mount)) {
+      uncovered[place->second].isOnDemand = true;
+    }
   }
+  std::ranges::reverse(uncovered);
   return uncovered;
 }
 
@@ -68,7 +75,7 @@ bool IsTold(const Mount& mount) {
   return KindOf(mount) == FilesystemKind::Disk && !Contains(kContainerFiles, mount.point);
 }
 
-// Subvolumes of one btrfs have devices of their own but share the room.
+// Subvolumes of one btrfs share the room, whatever device they are shown with.
 std::string IdentityOf(const Mount& mount) {
   return mount.type == "btrfs" ? mount.source : mount.device;
 }
@@ -119,9 +126,14 @@ std::vector<Mount> MountsToTell(const std::vector<Mount>& mounts, const std::vec
   return told;
 }
 
-bool ComesAndGoes(std::string_view mountPoint) {
-  return std::ranges::any_of(kPassingPoints,
-                             [&](std::string_view prefix) { return mountPoint.starts_with(prefix); });
+bool IsWaitingPlace(const Mount& mount) {
+  return mount.type == "autofs";
+}
+
+bool ComesAndGoes(const Mount& mount) {
+  return mount.isOnDemand || std::ranges::any_of(kPassingPoints, [&](std::string_view prefix) {
+           return mount.point.starts_with(prefix);
+         });
 }
 
 }  // namespace emstatus::host

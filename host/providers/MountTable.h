@@ -20,6 +20,10 @@ struct Mount {
   bool mountReadOnly = false;
   /// The filesystem is read-only; without mountReadOnly, the kernel made it so after an error.
   bool superReadOnly = false;
+  /// The filesystem gave up after an error: nothing can be read or written.
+  bool isShutDown = false;
+  /// Mounted when it is first used, and unmounted when it is not used for a while (autofs).
+  bool isOnDemand = false;
 
   friend bool operator==(const Mount&, const Mount&) = default;
 };
@@ -45,7 +49,12 @@ FilesystemKind KindOf(const Mount& mount);
 /// another one covers is left out. [any thread]
 std::vector<Mount> MountsToTell(const std::vector<Mount>& mounts, const std::vector<std::string>& named);
 
-/// Whether mounts at this point come and go in normal work (removable media, container volumes). [any thread]
-bool ComesAndGoes(std::string_view mountPoint);
+/// Whether it is only the place where a mount comes when somebody looks there: looking would make it come.
+/// [any thread]
+bool IsWaitingPlace(const Mount& mount);
+
+/// Whether the mount comes and goes in normal work (removable media, container volumes, on demand). [any
+/// thread]
+bool ComesAndGoes(const Mount& mount);
 
 }  // namespace emstatus::host

@@ -250,7 +250,6 @@ FileResult<FilesystemRoom> RealFiles::Room(const std::string& path) {
   room.available = numbers.f_bavail * block;
   room.inodes = numbers.f_files;
   room.inodesFree = numbers.f_ffree;
-  room.readOnly = (numbers.f_flag & ST_RDONLY) != 0;
   return {room, 0};
 }
 

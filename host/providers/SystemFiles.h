@@ -33,7 +33,6 @@ struct FilesystemRoom {
   /// 0 where the filesystem does not count them.
   std::uint64_t inodes = 0;
   std::uint64_t inodesFree = 0;
-  bool readOnly = false;
 };
 
 /// The one seam between providers and the machine. Paths are those of a real machine ("/sys/class/hwmon",

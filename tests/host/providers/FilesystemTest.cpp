@@ -39,7 +39,7 @@ TEST(Filesystems, RoomAndInodesByLimit) {
        "/ good 10.0 %"},
       {RoomOf(0.5, 0), "/ good 50.0 %",
        "/ critical 100.0 %: 100.0 % used, less than 90 % expected; 0 of 1000 inodes left"},
-      {{0, 0, 0, 0, 0, false}, "/ implausible: the filesystem says that its size is 0", ""},
+      {{0, 0, 0, 0, 0}, "/ implausible: the filesystem says that its size is 0", ""},
   };
   for (const auto& row : rows) {
     MachineFolder machine(Root("rw", "rw"));
@@ -81,6 +81,54 @@ TEST(Filesystems, FlipsToReadOnly) {
   EXPECT_EQ(Line(ReadAt(later, 0)[0]), "/ good: mounted read-only");
 }
 
+TEST(Filesystems, WhatIsReadOnlyJustHereIsJudgedAllTheSame) {
+  // As a service sees a disk whose place is protected from it.
+  MachineFolder machine(Root("ro", "rw"));
+  machine.SetRoom("/", RoomOf(0.05));
+  FilesystemProvider provider(machine.Factory(), {}, {}, kPatient);
+  const auto lines = Lines(ReadAt(provider, 0));
+  EXPECT_EQ(lines[0], "/ good: read-only at this mount point");
+  EXPECT_EQ(lines[1], "/ critical 95.0 %: 95.0 % used, less than 90 % expected; 5.0 GiB of 100.0 GiB left");
+  machine.Write(Root("ro", "ro"));
+  EXPECT_EQ(Line(ReadAt(provider, 10)[0]),
+            "/ critical: turned read-only while it was watched, read-write expected");
+  machine.Write(Root("rw", "rw,shutdown"));
+  EXPECT_EQ(Line(ReadAt(provider, 20)[0]),
+            "/ critical: has shut itself down after an error: nothing can be read or written");
+}
+
+TEST(Filesystems, ErrorsAndMissingDevicesOfBtrfs) {
+  MachineFolder machine("/proc/self/mountinfo", "27 1 0:30 /@ / rw - btrfs /dev/mapper/pool rw,subvol=/@\n");
+  machine.SetRoom("/", {100, 50, 50, 0, 0});
+  const std::string folder = "/sys/fs/btrfs/1234-5678/";
+  const std::string none = "write_errs 0\nread_errs 0\nflush_errs 0\ncorruption_errs 0\ngeneration_errs 0\n";
+  machine.Write({{"/sys/fs/btrfs/features/raid1c34", "0"},
+                 {folder + "devices/pool/size", "1"},
+                 {folder + "devinfo/1/error_stats", none},
+                 {folder + "devinfo/2/error_stats", none},
+                 {folder + "devinfo/2/missing", "0"}});
+  FilesystemProvider provider(machine.Factory(), {}, {}, kPatient);
+  EXPECT_EQ(Lines(ReadAt(provider, 0)), (Texts{"/ good", "/ good 50.0 %"}));
+  machine.Write({{folder + "devinfo/2/error_stats", "write_errs 1\nread_errs 0\ncorruption_errs 2\n"}});
+  EXPECT_EQ(Line(ReadAt(provider, 10)[0]), "/ warning: 3 device errors recorded, 0 expected, 3 of them new");
+  machine.Write({{folder + "devinfo/2/missing", "1"}});
+  EXPECT_EQ(Line(ReadAt(provider, 20)[0]), "/ critical: 1 of its devices are missing, none expected");
+}
+
+TEST(Filesystems, WhatIsMountedOnDemandIsLeftAlone) {
+  const std::string place = "5 0 0:5 / /boot/efi rw - autofs systemd-1 rw\n";
+  MachineFolder machine("/proc/self/mountinfo", place.c_str());
+  machine.SetRoom("/boot/efi", {100, 50, 50, 0, 0});
+  FilesystemProvider provider(machine.Factory(), {"/boot/efi//", "/boot/efi"}, {}, kPatient);
+  EXPECT_EQ(Lines(ReadAt(provider, 0)),
+            (Texts{"/boot/efi inactive: mounted when it is used, not in use now"}));
+  EXPECT_EQ(machine.TakeReads("/boot/efi"), 0) << "looking would mount it";
+  machine.Write({{"/proc/self/mountinfo", place + "6 5 8:1 / /boot/efi rw - vfat /dev/sda1 rw\n"}});
+  const auto readings = ReadAt(provider, 10);
+  EXPECT_EQ(Lines(readings), (Texts{"/boot/efi good", "/boot/efi good 50.0 %"}));
+  EXPECT_TRUE(readings[0].mayGo);
+}
+
 TEST(Filesystems, RecordedErrors) {
   MachineFolder machine(Root("rw", "rw"));
   machine.SetRoom("/", RoomOf(0.5));
@@ -117,6 +165,19 @@ TEST(Filesystems, ADeadNetworkMountBlocksNothing) {
 }
 
 TEST(Filesystems, WhatFailsAndWhatIsMissing) {
+  MachineFolder known(Root("rw", "rw"));
+  known.SetRoom("/", RoomOf(0.5));
+  FilesystemProvider before(known.Factory(), {}, {}, kPatient);
+  EXPECT_EQ(ReadAt(before, 0).size(), 3u);
+  for (const auto& [error, lines] :
+       {std::pair(ENOENT, Texts{"/ good", "/ lost: cannot be read: /: No such file or directory",
+                                "/ lost: cannot be read: /: No such file or directory"}),
+        std::pair(EUCLEAN, Texts{"/ critical: cannot be used: Structure needs cleaning",
+                                 "/ sensor-fault: cannot be read: /: Structure needs cleaning",
+                                 "/ sensor-fault: cannot be read: /: Structure needs cleaning"})}) {
+    known.Fail("/", error);
+    EXPECT_EQ(Lines(ReadAt(before, 10)), lines);
+  }
   MachineFolder machine(Root("rw", "rw"));
   machine.SetRoom("/", RoomOf(0.5));
   machine.Fail("/", EIO);
