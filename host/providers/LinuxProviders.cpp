@@ -59,7 +59,8 @@ std::vector<std::unique_ptr<Provider>> MakeLinuxProviders(const LinuxOptions& op
   if (!options.requiredProcesses.empty() && (isThisMachine || HoldsProcesses(*look))) {
     providers.push_back(std::make_unique<ProcessProvider>(files(), options.requiredProcesses));
   }
-  if (auto manager = isThisMachine ? MakeSystemdManager() : nullptr) {
+  auto manager = isThisMachine ? MakeSystemdManager() : nullptr;
+  if (manager || !options.requiredUnits.empty()) {
     providers.push_back(std::make_unique<UnitProvider>(std::move(manager), options.requiredUnits));
   }
   return providers;

@@ -18,6 +18,28 @@ bool IsBetter(char state, char than) {
   return than == 0 || (than == 'Z' && state != 'Z') || (than == 'T' && state != 'T' && state != 'Z');
 }
 
+// Whether a process is the one of a name: by what it calls itself, which the kernel cuts, or by its file.
+bool IsProgram(const ProcessStat& stat, const std::string& program, const std::string& name) {
+  if (program == name) {
+    return true;
+  }
+  if (stat.name != name.substr(0, kNameLength)) {
+    return false;
+  }
+  // Another program may share the start of a long name; a script shows its interpreter here.
+  return name.size() <= kNameLength || !program.starts_with(stat.name);
+}
+
+std::vector<std::string> EachOnce(const std::vector<std::string>& names) {
+  std::vector<std::string> once;
+  for (const std::string& name : names) {
+    if (std::ranges::find(once, name) == once.end()) {
+      once.push_back(name);
+    }
+  }
+  return once;
+}
+
 }  // namespace
 
 std::optional<ProcessStat> ParseProcessStat(std::string_view text) {
@@ -30,14 +52,15 @@ std::optional<ProcessStat> ParseProcessStat(std::string_view text) {
   return ProcessStat{std::string(text.substr(open + 1, close - open - 1)), text[close + 2]};
 }
 
-ProcessProvider::ProcessProvider(std::unique_ptr<SystemFiles> files, std::vector<std::string> required)
-    : files_(std::move(files)), required_(std::move(required)) {}
+ProcessProvider::ProcessProvider(std::unique_ptr<SystemFiles> files, const std::vector<std::string>& required)
+    : files_(std::move(files)), required_(EachOnce(required)) {}
 
 std::vector<Reading> ProcessProvider::Read(const ReadContext&) {
   std::erase_if(found_, [this](const auto& entry) {
-    const std::optional<ProcessStat> stat = ReadStat(entry.second.process);
+    const std::string& process = entry.second.process;
+    const std::optional<ProcessStat> stat = ReadStat(process);
     return !stat || stat->state == 'Z' || stat->state == 'T' ||
-           !IsProgram(entry.second.process, *stat, entry.first);
+           !IsProgram(*stat, ReadProgram(process), entry.first);
   });
   const bool complete =
       std::ranges::all_of(required_, [this](const std::string& name) { return found_.contains(name); });
@@ -54,21 +77,13 @@ std::optional<ProcessStat> ProcessProvider::ReadStat(const std::string& process)
   return text ? ParseProcessStat(text.value) : std::nullopt;
 }
 
-bool ProcessProvider::IsProgram(const std::string& process, const ProcessStat& stat,
-                                const std::string& name) {
-  if (stat.name != name.substr(0, kNameLength)) {
-    return false;
-  }
-  if (name.size() <= kNameLength) {
-    return true;
-  }
-  // Another program may share the start of a long name; a script shows its interpreter here.
+std::string ProcessProvider::ReadProgram(const std::string& process) {
   const FileResult<std::string> link = files_->ReadLink("/proc/" + process + "/exe");
   std::string_view program = BaseName(link.value);
   if (program.ends_with(kDeleted)) {
     program.remove_suffix(kDeleted.size());
   }
-  return program == name || !program.starts_with(stat.name);
+  return std::string(program);
 }
 
 bool ProcessProvider::Search() {
@@ -83,8 +98,9 @@ bool ProcessProvider::Search() {
       continue;
     }
     seesFirst = seesFirst || process == "1";
+    const std::string program = ReadProgram(process);
     for (const std::string& name : required_) {
-      if (IsProgram(process, *stat, name) && IsBetter(stat->state, found_[name].state)) {
+      if (IsProgram(*stat, program, name) && IsBetter(stat->state, found_[name].state)) {
         found_[name] = {process, stat->state};
       }
     }

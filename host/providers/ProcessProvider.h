@@ -26,8 +26,9 @@ std::optional<ProcessStat> ParseProcessStat(std::string_view text);
 /// Programs of which at least one process must run.
 class ProcessProvider final : public Provider {
  public:
-  /// `required`: names of programs, as in the file name of the executable (or of the script). [any thread]
-  ProcessProvider(std::unique_ptr<SystemFiles> files, std::vector<std::string> required);
+  /// `required`: names of programs: what a process calls itself, or the file name of its executable. [any
+  /// thread]
+  ProcessProvider(std::unique_ptr<SystemFiles> files, const std::vector<std::string>& required);
 
   std::string_view Name() const override { return "processes"; }
   std::chrono::milliseconds Interval() const override { return std::chrono::seconds(5); }
@@ -35,7 +36,8 @@ class ProcessProvider final : public Provider {
 
  private:
   std::optional<ProcessStat> ReadStat(const std::string& process);
-  bool IsProgram(const std::string& process, const ProcessStat& stat, const std::string& name);
+  /// The name of the file that the process runs; empty for one of the kernel, or when we may not know it.
+  std::string ReadProgram(const std::string& process);
   /// Finds a process for each program; true when no process can be hidden from us.
   bool Search();
   Reading Judge(const std::string& name, bool seesAll) const;

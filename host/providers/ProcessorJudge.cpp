@@ -1,5 +1,8 @@
 #include "host/providers/ProcessorJudge.h"
 
+#include <string>
+
+#include "host/providers/ReadFault.h"
 #include "host/providers/ValueText.h"
 
 namespace emstatus::host {
@@ -30,54 +33,55 @@ std::string ListText(const std::set<std::uint32_t>& numbers) {
 
 Reading JudgePackage(const PackageFacts& package, PackageMemory& memory) {
   Reading reading = Described(ObjectClass::Processor, package);
+  std::set<std::uint32_t> all = package.offline;
+  all.insert(package.online.begin(), package.online.end());
   std::set<std::uint32_t> fallen;
-  for (const std::uint32_t cpu : package.offline) {
-    if (memory.wasOnline.contains(cpu)) {
+  for (const std::uint32_t cpu : memory.wasOnline) {
+    all.insert(cpu);
+    if (!package.online.contains(cpu) && !package.switchedOff.contains(cpu)) {
       fallen.insert(cpu);
     }
   }
   memory.wasOnline.insert(package.online.begin(), package.online.end());
-  if (package.online.empty()) {
-    reading.quality = Quality::Inactive;
-    reading.reason = "all its logical processors are switched off";
+  if (package.online.empty() && fallen.empty()) {
+    SetUnknown(reading, Quality::Inactive, "all its logical processors are switched off");
     return reading;
   }
-  const std::size_t all = package.online.size() + package.offline.size();
   reading.measurement = Measurement{static_cast<double>(package.online.size()), Unit::Count, {}};
+  const std::string count = Format("%zu of %zu logical processors online", package.online.size(), all.size());
   if (!fallen.empty()) {
-    reading.condition = Condition::Warning;
-    reading.reason =
-        Format("%zu of %zu logical processors online; went offline: ", package.online.size(), all) +
-        ListText(fallen);
+    reading.condition = package.online.empty() ? Condition::Critical : Condition::Warning;
+    reading.reason = count + "; went offline: " + ListText(fallen);
     reading.advice =
         "look for machine checks in the kernel log; switch them on again through "
-        "/sys/devices/system/cpu/cpuN/online";
-  } else if (!package.offline.empty()) {
-    reading.reason = Format("%zu of %zu logical processors online, the others are switched off",
-                            package.online.size(), all);
+        "/sys/devices/system/cpu/cpuN/online, or confirm that they are to be off";
+  } else if (all.size() > package.online.size()) {
+    reading.reason = count + ", the others are switched off";
   }
   return reading;
 }
 
 std::optional<Reading> JudgeThrottle(const PackageFacts& package, PackageMemory& memory,
                                      std::chrono::steady_clock::time_point now) {
-  if (!package.throttled) {
+  memory.isThrottlingCounted = memory.isThrottlingCounted || package.throttled;
+  if (!memory.isThrottlingCounted) {
     return std::nullopt;
   }
-  const std::uint64_t count = *package.throttled;
-  // Counters fall when a processor goes offline; nothing is known of what was counted meanwhile.
-  if (memory.lastThrottled && count > *memory.lastThrottled) {
-    memory.recent.emplace_back(now, count - *memory.lastThrottled);
-  }
-  memory.lastThrottled = count;
-  while (!memory.recent.empty() && now - memory.recent.front().first >= kThrottleWindow) {
-    memory.recent.pop_front();
-  }
-  std::uint64_t recent = 0;
-  for (const auto& [time, number] : memory.recent) {
-    recent += number;
-  }
   Reading reading = Described(ObjectClass::ProcessorThrottle, package);
+  if (!package.throttled) {
+    SetUnknown(reading, Quality::Inactive, "not counted while none of its logical processors is online");
+    return reading;
+  }
+  // What was counted for a core is shown again, and no news, when it comes back online.
+  std::uint64_t recent = memory.throttled.Update(package.throttled, now);
+  for (const auto& [core, count] : package.throttledCores) {
+    memory.throttledCores.emplace(core, RecentCount(kThrottleWindow));
+  }
+  for (auto& [core, counter] : memory.throttledCores) {
+    const auto count = package.throttledCores.find(core);
+    recent += counter.Update(
+        count == package.throttledCores.end() ? std::nullopt : std::optional(count->second), now);
+  }
   reading.measurement = Measurement{static_cast<double>(recent), Unit::Count, {}};
   reading.measurement->limits.upperWarning = 1;
   if (recent > 0) {

@@ -2,14 +2,12 @@
 
 #include <chrono>
 #include <cstdint>
-#include <deque>
+#include <map>
 #include <optional>
 #include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "host/providers/Reading.h"
+#include "host/providers/RecentCount.h"
 
 namespace emstatus::host {
 
@@ -19,23 +17,28 @@ struct PackageFacts {
   /// By their numbers; an offline one belongs to the package that it was in when it was last online.
   std::set<std::uint32_t> online;
   std::set<std::uint32_t> offline;
-  /// Times that it slowed itself down because of heat, since it was started; absent where it is not counted.
+  /// Of the offline ones: the second threads of cores, while the administrator has switched those off.
+  std::set<std::uint32_t> switchedOff;
+  /// Times that heat slowed it down since it was started, by core and as a whole; empty where that is not
+  /// counted. What is offline tells nothing.
+  std::map<std::uint32_t, std::uint64_t> throttledCores;
   std::optional<std::uint64_t> throttled;
-};
-
-/// What is remembered of a package from read to read.
-struct PackageMemory {
-  std::set<std::uint32_t> wasOnline;
-  std::optional<std::uint64_t> lastThrottled;
-  /// Throttlings seen, with their time, within kThrottleWindow.
-  std::deque<std::pair<std::chrono::steady_clock::time_point, std::uint64_t>> recent;
 };
 
 /// For how long a throttling is told.
 inline constexpr std::chrono::minutes kThrottleWindow{5};
 
+/// What is remembered of a package from read to read.
+struct PackageMemory {
+  std::set<std::uint32_t> wasOnline;
+  bool isThrottlingCounted = false;
+  std::map<std::uint32_t, RecentCount> throttledCores;
+  RecentCount throttled{kThrottleWindow};
+};
+
 /// Whether the logical processors of a package run. Those that were offline from the start are meant to be;
-/// one that went offline is a warning. Updates `memory`. [any thread]
+/// one that went offline, or is no longer there, is a warning, and all of them critical. Updates `memory`.
+/// [any thread]
 Reading JudgePackage(const PackageFacts& package, PackageMemory& memory);
 
 /// Whether a package was slowed down by heat within the last kThrottleWindow; absent where that is not

@@ -28,6 +28,8 @@ std::vector<Reading> ProcessorProvider::Read(const ReadContext& context) {
   if (present.empty()) {
     present = onlineList;
   }
+  const std::string threads = files_->ReadAttribute(kFolder + "smt/control").value;
+  const bool isOneThreadACore = threads == "off" || threads == "forceoff";
   std::map<std::uint32_t, PackageFacts> packages;
   for (const std::uint32_t cpu : present) {
     if (online.contains(cpu)) {
@@ -43,6 +45,10 @@ std::vector<Reading> ProcessorProvider::Read(const ReadContext& context) {
     PackageFacts& package = packages[number];
     package.number = number;
     (online.contains(cpu) ? package.online : package.offline).insert(cpu);
+    const auto core = coreOf_.find(cpu);
+    if (isOneThreadACore && !online.contains(cpu) && core != coreOf_.end() && core->second != cpu) {
+      package.switchedOff.insert(cpu);
+    }
   }
   std::vector<Reading> readings;
   for (auto& [number, package] : packages) {
@@ -90,21 +96,12 @@ ProcessorProvider::Counters ProcessorProvider::ReadCounters(std::uint32_t cpu) {
 }
 
 void ProcessorProvider::AddThrottling(PackageFacts& package) {
-  std::map<std::uint32_t, std::uint64_t> cores;
-  std::optional<std::uint64_t> whole;
   for (const std::uint32_t cpu : package.online) {
     const Counters counters = ReadCounters(cpu);
-    if (!counters.core && !counters.package) {
-      continue;
-    }
-    std::uint64_t& core = cores[coreOf_[cpu]];
-    core = std::max(core, counters.core.value_or(0));
-    whole = std::max(whole.value_or(0), counters.package.value_or(0));
-  }
-  if (whole) {
-    package.throttled = *whole;
-    for (const auto& [core, count] : cores) {
-      *package.throttled += count;
+    if (counters.core || counters.package) {
+      std::uint64_t& core = package.throttledCores[coreOf_[cpu]];
+      core = std::max(core, counters.core.value_or(0));
+      package.throttled = std::max(package.throttled.value_or(0), counters.package.value_or(0));
     }
   }
 }

@@ -34,15 +34,19 @@ class SystemdManager final : public UnitManager {
  public:
   bool IsThere() override { return sd_booted() > 0 && access(kSocket, F_OK) == 0; }
   std::string SystemState() override;
-  std::vector<UnitState> FailedUnits() override { return List("ListUnitsFiltered", {"failed"}); }
+  std::vector<UnitState> FailedUnits() override { return List("ListUnitsFiltered", {{"failed"}}); }
   std::vector<UnitState> Units(const std::vector<std::string>& names) override {
-    return List("ListUnitsByNames", names);
+    return List("ListUnitsByNames", {names});
+  }
+  std::vector<UnitState> UnitsLike(const std::string& pattern) override {
+    return List("ListUnitsByPatterns", {{}, {pattern}});
   }
 
  private:
   sd_bus* Bus();
   Message Call(sd_bus_message* question);
-  std::vector<UnitState> List(const char* method, const std::vector<std::string>& names);
+  /// Calls a method that takes lists of texts and answers with units.
+  std::vector<UnitState> List(const char* method, const std::vector<std::vector<std::string>>& lists);
 
   std::unique_ptr<sd_bus, BusDeleter> bus_;
 };
@@ -81,15 +85,18 @@ std::string SystemdManager::SystemState() {
   return state;
 }
 
-std::vector<UnitState> SystemdManager::List(const char* method, const std::vector<std::string>& names) {
+std::vector<UnitState> SystemdManager::List(const char* method,
+                                            const std::vector<std::vector<std::string>>& lists) {
   sd_bus_message* made = nullptr;
   Check(sd_bus_message_new_method_call(Bus(), &made, kService, kPath, kInterface, method), method);
   const Message question(made);
-  Check(sd_bus_message_open_container(made, 'a', "s"), method);
-  for (const std::string& name : names) {
-    Check(sd_bus_message_append(made, "s", name.c_str()), method);
+  for (const std::vector<std::string>& list : lists) {
+    Check(sd_bus_message_open_container(made, 'a', "s"), method);
+    for (const std::string& text : list) {
+      Check(sd_bus_message_append(made, "s", text.c_str()), method);
+    }
+    Check(sd_bus_message_close_container(made), method);
   }
-  Check(sd_bus_message_close_container(made), method);
   const Message answer = Call(made);
   Check(sd_bus_message_enter_container(answer.get(), 'a', "(ssssssouso)"), method);
   std::vector<UnitState> units;

@@ -32,8 +32,11 @@ class UnitManager {
   /// "running", "degraded", "starting", "maintenance", "stopping", ...
   virtual std::string SystemState() = 0;
   virtual std::vector<UnitState> FailedUnits() = 0;
-  /// One state a name; one that is not installed has the load state "not-found".
+  /// One state a name, under the unit's first name; one that is not installed has the load state "not-found".
+  /// A template, or what is no name of a unit, may make the call fail.
   virtual std::vector<UnitState> Units(const std::vector<std::string>& names) = 0;
+  /// All units that are loaded and whose names match a pattern ("getty@*.service").
+  virtual std::vector<UnitState> UnitsLike(const std::string& pattern) = 0;
 };
 
 /// systemd, over its D-Bus interface; null in a build without its library. Nothing is connected yet.

@@ -1,15 +1,24 @@
 #include "host/providers/UnitProvider.h"
 
 #include <algorithm>
+#include <iterator>
+#include <map>
 #include <utility>
 
 #include "host/providers/ReadFault.h"
+#include "host/providers/UnitName.h"
+#include "host/providers/ValueText.h"
 
 namespace emstatus::host {
 namespace {
 
-std::string WithType(const std::string& name) {
-  return name.find('.') == std::string::npos ? name + ".service" : name;
+constexpr std::size_t kMostNames = 5;
+
+Reading UnitNamed(const std::string& name) {
+  Reading reading;
+  reading.objectClass = ObjectClass::ServiceUnit;
+  reading.id = reading.name = name;
+  return reading;
 }
 
 std::string StateText(const UnitState& unit) {
@@ -19,10 +28,7 @@ std::string StateText(const UnitState& unit) {
 }  // namespace
 
 Reading JudgeUnit(const UnitState& unit, bool required) {
-  Reading reading;
-  reading.objectClass = ObjectClass::ServiceUnit;
-  reading.id = unit.name;
-  reading.name = unit.name;
+  Reading reading = UnitNamed(unit.name);
   reading.quality = Quality::Good;
   reading.customerServiceable = true;
   reading.mayGo = !required;
@@ -54,45 +60,129 @@ Reading JudgeUnit(const UnitState& unit, bool required) {
 
 UnitProvider::UnitProvider(std::unique_ptr<UnitManager> manager, const std::vector<std::string>& required)
     : manager_(std::move(manager)) {
-  std::ranges::transform(required, std::inserter(required_, required_.end()), WithType);
-  watched_ = required_;
+  std::ranges::transform(required, std::inserter(required_, required_.end()), WithUnitType);
 }
 
 std::vector<Reading> UnitProvider::Read(const ReadContext&) {
-  std::vector<Reading> readings;
-  if (!manager_->IsThere()) {
-    for (const std::string& name : required_) {
-      Reading& reading = readings.emplace_back();
-      reading.objectClass = ObjectClass::ServiceUnit;
-      reading.id = reading.name = name;
-      SetUnknown(reading, Quality::Late,
-                 "systemd cannot be asked: it does not run this machine, or there is no system bus");
-      reading.advice = "take it out of emhost's list, or name its program as a required process";
-    }
-    return readings;
+  if (!manager_ || !manager_->IsThere()) {
+    return TellUnanswered();
   }
-  readings.push_back(TellSystem());
-  for (const UnitState& unit : manager_->FailedUnits()) {
-    watched_.insert(unit.name);
+  std::vector<Reading> readings = {TellSystem()};
+  std::set<std::string> told;
+  for (const std::string& name : required_) {
+    readings.push_back(TellRequired(name, told));
   }
-  if (!watched_.empty()) {
-    for (const UnitState& unit : manager_->Units({watched_.begin(), watched_.end()})) {
-      const bool required = required_.contains(unit.name);
-      if (unit.load == "not-found" && unit.active != "failed" && !required) {
-        watched_.erase(unit.name);
-      } else {
-        readings.push_back(JudgeUnit(unit, required));
-      }
-    }
+  TellFailed(readings, told);
+  last_ = readings;
+  return readings;
+}
+
+// Of none it is known any more how it is.
+std::vector<Reading> UnitProvider::TellUnanswered() const {
+  std::vector<Reading> readings = last_;
+  if (last_.empty()) {
+    std::ranges::transform(required_, std::back_inserter(readings), UnitNamed);
+  }
+  for (Reading& reading : readings) {
+    SetUnknown(reading, Quality::Late,
+               "systemd cannot be asked: it does not run this machine, or there is no system bus");
+    reading.advice = last_.empty() ? "take it out of emhost's list, or name its program as a required process"
+                                   : "look whether the system bus runs";
   }
   return readings;
 }
 
+Reading UnitProvider::TellRequired(const std::string& name, std::set<std::string>& told) {
+  if (!IsUnitName(name)) {
+    Reading reading = UnitNamed(name);
+    reading.quality = Quality::Good;
+    reading.condition = Condition::Critical;
+    reading.reason = "is no name of a unit, though it is named as required";
+    reading.advice = "mend it in emhost's list; systemctl list-units shows the names";
+    return reading;
+  }
+  if (TemplateOf(name) == name) {
+    return TellTemplate(name, told);
+  }
+  const std::vector<UnitState> states = manager_->Units({name});
+  UnitState state = states.empty() ? UnitState{name, "", "not-found", "inactive", "dead"} : states.front();
+  // Its first name, where the required one is another.
+  told.insert(state.name);
+  state.name = name;
+  return JudgeUnit(state, true);
+}
+
+Reading UnitProvider::TellTemplate(const std::string& name, std::set<std::string>& told) {
+  const std::size_t at = name.find('@') + 1;
+  const std::vector<UnitState> instances = manager_->UnitsLike(name.substr(0, at) + "*" + name.substr(at));
+  // The best of them decides.
+  Reading best = JudgeUnit({name, "", "loaded", "inactive", "no instance"}, true);
+  best.advice = "start one: systemctl start " + name.substr(0, at) + "NAME" + name.substr(at);
+  for (UnitState instance : instances) {
+    told.insert(instance.name);
+    instance.name = name;
+    Reading reading = JudgeUnit(instance, true);
+    if (reading.condition < best.condition) {
+      best = std::move(reading);
+    }
+  }
+  return best;
+}
+
+void UnitProvider::TellFailed(std::vector<Reading>& readings, const std::set<std::string>& told) {
+  std::vector<std::string> instances;
+  for (const UnitState& unit : manager_->FailedUnits()) {
+    if (told.contains(unit.name)) {
+      continue;
+    }
+    if (TemplateOf(unit.name)) {
+      instances.push_back(unit.name);
+    } else {
+      watched_.insert(unit.name);
+    }
+  }
+  TellFailedInstances(readings, instances);
+  if (watched_.empty()) {
+    return;
+  }
+  for (const UnitState& unit : manager_->Units({watched_.begin(), watched_.end()})) {
+    if (unit.load == "not-found" && unit.active != "failed") {
+      watched_.erase(unit.name);
+    } else {
+      readings.push_back(JudgeUnit(unit, false));
+    }
+  }
+}
+
+void UnitProvider::TellFailedInstances(std::vector<Reading>& readings,
+                                       const std::vector<std::string>& names) {
+  std::map<std::string, std::vector<std::string>> failed;
+  for (const std::string& name : names) {
+    failed[*TemplateOf(name)].push_back(name);
+  }
+  for (const auto& [name, instances] : failed) {
+    watchedTemplates_.insert(name);
+  }
+  for (const std::string& name : watchedTemplates_) {
+    Reading reading = JudgeUnit({name, "", "loaded", "active", ""}, false);
+    const std::vector<std::string>& instances = failed[name];
+    if (!instances.empty()) {
+      reading.condition = Condition::Warning;
+      reading.reason = Format("%zu of its instances have failed, no failure expected:", instances.size());
+      for (std::size_t at = 0; at < std::min(instances.size(), kMostNames); ++at) {
+        reading.reason += (at == 0 ? " " : ", ") + instances[at];
+      }
+      reading.reason += instances.size() > kMostNames ? ", …" : "";
+      reading.advice =
+          "see why: systemctl status " + instances.front() + "; then systemctl restart or reset-failed";
+    }
+    readings.push_back(std::move(reading));
+  }
+}
+
 // Failed units stand for themselves: here it is only told how far the machine is.
 Reading UnitProvider::TellSystem() {
-  Reading reading;
-  reading.objectClass = ObjectClass::ServiceUnit;
-  reading.id = "systemd";
+  Reading reading = UnitNamed("systemd");
   reading.name = "system state";
   reading.quality = Quality::Good;
   const std::string state = manager_->SystemState();

@@ -14,10 +14,12 @@ namespace emstatus::host {
 /// thread]
 Reading JudgeUnit(const UnitState& unit, bool required);
 
-/// systemd units: the required ones, and those that have failed since reading began.
+/// systemd units: the required ones, and those that have failed since reading began. Failed instances of one
+/// template are one object, since some have a new name each time.
 class UnitProvider final : public Provider {
  public:
-  /// `required`: names; ".service" is added to one without a type.
+  /// `manager`: null where there is none to ask. `required`: names; ".service" is added to one without a
+  /// type. Of a template ("getty@"), one instance must be active.
   UnitProvider(std::unique_ptr<UnitManager> manager, const std::vector<std::string>& required);
 
   std::string_view Name() const override { return "systemd units"; }
@@ -25,11 +27,21 @@ class UnitProvider final : public Provider {
   std::vector<Reading> Read(const ReadContext& context) override;
 
  private:
+  std::vector<Reading> TellUnanswered() const;
   Reading TellSystem();
+  /// Adds to `told` the names under which systemd knows the unit.
+  Reading TellRequired(const std::string& name, std::set<std::string>& told);
+  Reading TellTemplate(const std::string& name, std::set<std::string>& told);
+  void TellFailed(std::vector<Reading>& readings, const std::set<std::string>& told);
+  void TellFailedInstances(std::vector<Reading>& readings, const std::vector<std::string>& names);
 
   const std::unique_ptr<UnitManager> manager_;
   std::set<std::string> required_;
+  /// Others that have failed, and templates of which instances have.
   std::set<std::string> watched_;
+  std::set<std::string> watchedTemplates_;
+  /// As it was told last.
+  std::vector<Reading> last_;
 };
 
 }  // namespace emstatus::host

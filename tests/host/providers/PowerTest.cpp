@@ -4,7 +4,6 @@
 
 #include "host/providers/PowerSupplyProvider.h"
 #include "host/providers/ThermalZoneProvider.h"
-#include "host/providers/UnitProvider.h"
 #include "tests/host/providers/MachineFolder.h"
 
 namespace emstatus::test {
@@ -145,80 +144,6 @@ TEST(ThermalZones, JudgedByTheirTripsAndToldOnce) {
       lines[0], "thermal_zone1" + silent, "x86_pkg_temp good 50.0 °C", "thermal_zone3" + silent, lines[3],
       lines[4]};
   EXPECT_EQ(ReadUntil(second, 0, lines), lines);
-}
-
-class ScriptedManager final : public UnitManager {
- public:
-  struct Script {
-    bool isThere = true;
-    std::string system = "running";
-    std::vector<UnitState> units;
-  };
-  explicit ScriptedManager(const Script& script) : script_(script) {}
-
-  bool IsThere() override { return script_.isThere; }
-  std::string SystemState() override {
-    if (script_.system.empty()) {
-      throw std::system_error(ETIMEDOUT, std::generic_category(), "systemd: no answer");
-    }
-    return script_.system;
-  }
-  std::vector<UnitState> FailedUnits() override {
-    std::vector<UnitState> failed;
-    for (const UnitState& unit : script_.units) {
-      if (unit.active == "failed") {
-        failed.push_back(unit);
-      }
-    }
-    return failed;
-  }
-  std::vector<UnitState> Units(const std::vector<std::string>& names) override {
-    std::vector<UnitState> units;
-    for (const std::string& name : names) {
-      units.push_back({name, "", "not-found", "inactive", "dead"});
-      for (const UnitState& unit : script_.units) {
-        units.back() = unit.name == name ? unit : units.back();
-      }
-    }
-    return units;
-  }
-
- private:
-  const Script& script_;
-};
-
-TEST(Units, RequiredAndFailedOnes) {
-  ScriptedManager::Script script;
-  script.units = {{"a.service", "", "loaded", "active", "running"},
-                  {"b.service", "", "loaded", "failed", "failed"},
-                  {"c.mount", "", "loaded", "failed", "failed"},
-                  {"d.service", "", "masked", "inactive", "dead"},
-                  {"f.service", "", "loaded", "activating", "auto-restart"},
-                  {"g.service", "", "loaded", "activating", "start"},
-                  {"h.service", "", "loaded", "inactive", "dead"}};
-  UnitProvider provider(std::make_unique<ScriptedManager>(script),
-                        {"a", "b.service", "d.service", "e", "f", "g", "h"});
-  EXPECT_EQ(Lines(ReadAt(provider, 0)),
-            (Texts{"systemd good", "a.service good", "b.service critical: has failed, active expected",
-                   "c.mount warning: has failed, no failure expected",
-                   "d.service critical: cannot be started (masked), though it is named as required",
-                   "e.service critical: cannot be started (not-found), though it is named as required",
-                   "f.service critical: ended and waits to be started again, active expected",
-                   "g.service warning: is activating (start), active expected",
-                   "h.service critical: is inactive (dead), active expected"}));
-  script.units[2].active = "active";
-  script.system = "starting";
-  const auto lines = Lines(ReadAt(provider, 10));
-  EXPECT_EQ(lines[0], "systemd good: the system is starting");
-  EXPECT_EQ(lines[3], "c.mount good") << "one that had failed is told until reading ends";
-  script.units.erase(script.units.begin() + 2);
-  EXPECT_EQ(ReadAt(provider, 20).size(), lines.size() - 1);
-  script.system = "";
-  EXPECT_THROW(ReadAt(provider, 30), std::system_error);
-  script.isThere = false;
-  EXPECT_EQ(
-      Lines(ReadAt(provider, 40)).front(),
-      "a.service late: systemd cannot be asked: it does not run this machine, or there is no system bus");
 }
 
 }  // namespace

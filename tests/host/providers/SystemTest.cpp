@@ -92,6 +92,42 @@ TEST(Processors, OnlineAndThrottled) {
                    "package0 good 0", "package1 good 2", "package1 good 0"}));
 }
 
+TEST(Processors, ByIntentByFaultAndBackAgain) {
+  MachineFolder machine({{"/sys/devices/system/cpu/present", "0-3"},
+                         {"/sys/devices/system/cpu/online", "0-3"},
+                         {"/sys/devices/system/cpu/smt/control", "on"}});
+  machine.Write(Cpu(0, 0, 0, "5", "10"));
+  machine.Write(Cpu(1, 0, 1, "500", "10"));
+  machine.Write(Cpu(2, 0, 0, "5", "10"));
+  machine.Write(Cpu(3, 0, 1, "500", "10"));
+  ProcessorProvider provider(machine.Files());
+  EXPECT_EQ(Lines(ReadAt(provider, 0)), (Texts{"package0 good 4", "package0 good 0"}));
+  const struct {
+    const char* online;
+    const char* present;
+    const char* threads;
+    const char* line;
+    const char* throttle;
+  } rows[] = {
+      {"0-1", "0-3", "off", "package0 good 2: 2 of 4 logical processors online, the others are switched off",
+       "package0 good 0"},
+      {"0,2", "0-3", "on", "package0 warning 2: 2 of 4 logical processors online; went offline: 1, 3",
+       "package0 good 0"},
+      {"0-3", "0-3", "on", "package0 good 4", "package0 good 0"},
+      {"0-2", "0-2", "on", "package0 warning 3: 3 of 4 logical processors online; went offline: 3",
+       "package0 good 0"},
+      {"", "0-3", "on", "package0 critical 0: 0 of 4 logical processors online; went offline: 0, 1, 2, 3",
+       "package0 inactive: not counted while none of its logical processors is online"},
+      {"0-3", "0-3", "on", "package0 good 4", "package0 good 0"},
+  };
+  for (const auto& row : rows) {
+    machine.Write({{"/sys/devices/system/cpu/present", row.present},
+                   {"/sys/devices/system/cpu/online", row.online},
+                   {"/sys/devices/system/cpu/smt/control", row.threads}});
+    EXPECT_EQ(Lines(ReadAt(provider, 10)), (Texts{row.line, row.throttle}));
+  }
+}
+
 TEST(Processors, VirtualMachinesTellLess) {
   MachineFolder machine({{"/sys/devices/system/cpu/online", "0-1\n"},
                          {"/sys/devices/system/cpu/cpu0/topology/physical_package_id", "-1"}});
@@ -112,17 +148,19 @@ TEST(Processes, NamesStatesAndWhatIsHidden) {
                          {"/proc/11/stat", "11 (anotherlongprog) S" + rest},
                          {"/proc/12/stat", "12 (gone) Z" + rest},
                          {"/proc/self/stat", "99 (phantom) S" + rest},
+                         {"/proc/13/stat", "13 (MainThread) S" + rest},
+                         {"/proc/13/exe", "-> /usr/bin/service"},
                          {"/proc/10/exe", "-> /usr/bin/averylongprogram"},
                          {"/proc/11/exe", "-> /usr/bin/anotherlongprogram2"}});
   ProcessProvider provider(machine.Files(), {"systemd", "a b) (c)", "gone", "halted", "averylongprogram",
-                                             "anotherlongprogram1", "phantom"});
+                                             "anotherlongprogram1", "phantom", "service", "service"});
   const std::string none = ": no process of it runs, at least 1 expected";
-  EXPECT_EQ(
-      Lines(ReadAt(provider, 0)),
-      (Texts{"systemd good", "a b) (c) good",
-             "gone critical: its process has ended and waits for its parent, 1 running expected",
-             "halted warning: its process 9 was stopped by a signal, running expected",
-             "averylongprogram good", "anotherlongprogram1 critical" + none, "phantom critical" + none}));
+  EXPECT_EQ(Lines(ReadAt(provider, 0)),
+            (Texts{"systemd good", "a b) (c) good",
+                   "gone critical: its process has ended and waits for its parent, 1 running expected",
+                   "halted warning: its process 9 was stopped by a signal, running expected",
+                   "averylongprogram good", "anotherlongprogram1 critical" + none, "phantom critical" + none,
+                   "service good"}));
   machine.Write({{"/proc/20/stat", "20 (gone) S" + rest}});
   machine.Remove("/proc/7");
   const auto lines = Lines(ReadAt(provider, 5));
