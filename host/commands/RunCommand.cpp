@@ -3,11 +3,15 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
+#include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "host/commands/RunningHost.h"
 #include "host/commands/StatusService.h"
+#include "host/led/StatusLed.h"
+#include "host/providers/RealFiles.h"
 #include "host/view/Colours.h"
 #include "host/view/SimulationText.h"
 #include "host/view/TreeJson.h"
@@ -19,11 +23,26 @@ namespace {
 struct RunOptions {
   HostOptions host;
   ServiceOptions service;
+  /// Empty: none.
+  std::string led;
   bool once = false;
   bool json = false;
   /// Seconds that --once waits for a scan.
   int limit = 60;
 };
+
+/// None when none is named.
+std::unique_ptr<StatusLed> MakeLed(const RunOptions& options) {
+  if (options.led.empty()) {
+    return nullptr;
+  }
+  if (!options.host.linux.root.empty()) {
+    throw std::runtime_error("a copy of another machine (--root) has no LED that could be set (--led).");
+  }
+  return std::make_unique<StatusLed>(options.led, std::make_unique<RealFiles>(), [](const std::string& text) {
+    std::cerr << "emhost: " + text + "\n" << std::flush;
+  });
+}
 
 class Run {
  public:
@@ -31,6 +50,7 @@ class Run {
       : options_(options),
         colours_(!options.json && StandardOutputTakesColours()),
         service_(options.once ? ServiceOptions{"", true} : options.service),
+        led_(MakeLed(options)),
         host_(options.host) {}
 
   int Once();
@@ -47,6 +67,7 @@ class Run {
   const bool colours_;
   // From before the host's start, so that whoever asks meanwhile waits for its first scan.
   StatusService service_;
+  const std::unique_ptr<StatusLed> led_;
   RunningHost host_;
   StatusHistory history_;
   std::vector<StatusChange> pending_;
@@ -101,6 +122,9 @@ void Run::ShowSimulation(const Notice& scanEnd, const Report& report) {
 void Run::HandleScan(const Notice& notice) {
   const Report report = host_.MakeReport(notice.led);
   service_.Publish(report, host_.Words());
+  if (led_) {
+    led_->Show(notice.led);
+  }
   ShowSimulation(notice, report);
   if (!treeShown_) {
     Show(report);
@@ -140,8 +164,16 @@ std::function<int()> SetUpRunCommand(CLI::App& command) {
   const auto options = std::make_shared<RunOptions>();
   AddHostOptions(command, options->host);
   AddServiceOptions(command, options->service);
-  command.add_flag("--once", options->once,
-                   "Show the tree after the first scan; exit 0 all good, 1 warning, 2 error, 3 no status");
+  auto* led =
+      command
+          .add_option("--led", options->led,
+                      "Show the error LED at this LED of /sys/class/leds: blinking for a warning, on for "
+                      "an error")
+          ->type_name("NAME");
+  command
+      .add_flag("--once", options->once,
+                "Show the tree after the first scan; exit 0 all good, 1 warning, 2 error, 3 no status")
+      ->excludes(led);
   command.add_flag("--json", options->json, "For programs: the tree, and each event as a line, as JSON");
   command.add_option("--limit", options->limit, "Seconds to wait for the scan of --once")
       ->check(CLI::Range(1, 3600).description(""))
