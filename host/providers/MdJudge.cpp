@@ -268,8 +268,10 @@ Reading JudgeArray(const MdArray& array, MdMemory& memory, MdMemory::Clock::time
     const std::uint32_t present = *standing.disks - standing.missing;
     reading.measurement = Measurement{static_cast<double>(present), Unit::Count, {}};
     if (standing.tolerated > 0) {
-      reading.redundancy =
-          Redundancy{array.name, *standing.disks, *standing.disks - standing.tolerated, present};
+      // A raid10 may do its work with fewer than it always can.
+      const std::uint32_t needed = *standing.disks - standing.tolerated;
+      reading.redundancy = Redundancy{array.name, *standing.disks,
+                                      standing.isDataLost ? needed : std::min(needed, present), present};
     }
   }
   if (array.state == "inactive" || array.state == "broken") {

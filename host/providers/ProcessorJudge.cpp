@@ -57,6 +57,8 @@ Reading JudgePackage(const PackageFacts& package, PackageMemory& memory) {
         "/sys/devices/system/cpu/cpuN/online, or confirm that they are to be off";
   } else if (all.size() > package.online.size()) {
     reading.reason = count + ", the others are switched off";
+  } else if (package.unplaced > 0) {
+    reading.reason = Format("%zu more logical processors of the machine are switched off", package.unplaced);
   }
   return reading;
 }

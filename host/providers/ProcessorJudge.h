@@ -19,6 +19,9 @@ struct PackageFacts {
   std::set<std::uint32_t> offline;
   /// Of the offline ones: the second threads of cores, while the administrator has switched those off.
   std::set<std::uint32_t> switchedOff;
+  /// Logical processors that were never online, so that nobody knows in which package they are; told with
+  /// one.
+  std::size_t unplaced = 0;
   /// Times that heat slowed it down since it was started, by core and as a whole; empty where that is not
   /// counted. What is offline tells nothing.
   std::map<std::uint32_t, std::uint64_t> throttledCores;

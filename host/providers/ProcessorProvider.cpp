@@ -36,12 +36,20 @@ std::vector<Reading> ProcessorProvider::Read(const ReadContext& context) {
       Place(cpu);
     }
   }
+  std::set<std::uint32_t> inUse;
+  for (const auto& [cpu, package] : packageOf_) {
+    inUse.insert(package);
+  }
   for (const std::uint32_t cpu : present) {
     // One that never was online says nowhere where it sits.
     const auto place = packageOf_.find(cpu);
+    if (place == packageOf_.end() && inUse.size() > 1) {
+      ++packages[*inUse.begin()].unplaced;
+      continue;
+    }
     const std::uint32_t number = place != packageOf_.end() ? place->second
-                                 : packageOf_.empty()      ? 0
-                                                           : packageOf_.begin()->second;
+                                 : inUse.empty()           ? 0
+                                                           : *inUse.begin();
     PackageFacts& package = packages[number];
     package.number = number;
     (online.contains(cpu) ? package.online : package.offline).insert(cpu);

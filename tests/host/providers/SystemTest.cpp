@@ -74,21 +74,21 @@ TEST(Processors, OnlineAndThrottled) {
   machine.Write(Cpu(3, 1, 3, "0", "0"));
   ProcessorProvider provider(machine.Files());
   EXPECT_EQ(Lines(ReadAt(provider, 0)),
-            (Texts{"package0 good 2: 2 of 3 logical processors online, the others are switched off",
+            (Texts{"package0 good 2: 1 more logical processors of the machine are switched off",
                    "package0 good 0", "package1 good 2", "package1 good 0"}))
       << "what was counted before is no news";
   machine.Write(Cpu(0, 0, 0, "7", "11"));
   machine.Write({{"/sys/devices/system/cpu/online", "0-2\n"}});
   EXPECT_EQ(
       Lines(ReadAt(provider, 10)),
-      (Texts{"package0 good 2: 2 of 3 logical processors online, the others are switched off",
+      (Texts{"package0 good 2: 1 more logical processors of the machine are switched off",
              "package0 warning 3: slowed down by heat 3 times in the last 5 min, 0 expected",
              "package1 warning 1: 1 of 2 logical processors online; went offline: 3", "package1 good 0"}));
   machine.Write({{"/sys/devices/system/cpu/online", "0-3\n"}});
   EXPECT_EQ(Line(ReadAt(provider, 309)[1]),
             "package0 warning 3: slowed down by heat 3 times in the last 5 min, 0 expected");
   EXPECT_EQ(Lines(ReadAt(provider, 310)),
-            (Texts{"package0 good 2: 2 of 3 logical processors online, the others are switched off",
+            (Texts{"package0 good 2: 1 more logical processors of the machine are switched off",
                    "package0 good 0", "package1 good 2", "package1 good 0"}));
 }
 
