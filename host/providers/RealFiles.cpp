@@ -39,6 +39,15 @@ ssize_t ReadOnce(int descriptor, char* bytes, std::size_t size) {
   return count;
 }
 
+FileResult<std::string> ReadFrom(int descriptor) {
+  std::array<char, SystemFiles::kAttributeBytes> bytes{};
+  const ssize_t count = ReadOnce(descriptor, bytes.data(), bytes.size());
+  if (count < 0) {
+    return Failed<std::string>();
+  }
+  return {WithoutTrailingSpace({bytes.data(), static_cast<std::size_t>(count)}), 0};
+}
+
 // A kept file that was removed, or replaced under its name, would go on telling its last text.
 bool IsUnlinked(int descriptor) {
   struct stat status {};
@@ -102,14 +111,14 @@ FileResult<int> RealFiles::Open(const std::string& mapped) const {
   return {descriptor, descriptor < 0 ? errno : 0};
 }
 
-FileResult<int> RealFiles::KeptDescriptor(const std::string& mapped) {
-  if (const auto found = kept_.find(mapped); found != kept_.end()) {
+FileResult<int> RealFiles::KeptDescriptor(const std::string& path) {
+  if (const auto found = kept_.find(path); found != kept_.end()) {
     if (!IsUnlinked(found->second)) {
       return {found->second, 0};
     }
-    Forget(mapped);
+    Forget(path);
   }
-  const FileResult<int> descriptor = Open(mapped);
+  const FileResult<int> descriptor = Open(path);
   if (!descriptor) {
     return descriptor;
   }
@@ -117,37 +126,37 @@ FileResult<int> RealFiles::KeptDescriptor(const std::string& mapped) {
     close(kept_.begin()->second);
     kept_.erase(kept_.begin());
   }
-  kept_.emplace(mapped, descriptor.value);
+  kept_.emplace(path, descriptor.value);
   return descriptor;
 }
 
-void RealFiles::Forget(const std::string& mapped) {
-  if (const auto found = kept_.find(mapped); found != kept_.end()) {
+void RealFiles::Forget(const std::string& path) {
+  if (const auto found = kept_.find(path); found != kept_.end()) {
     close(found->second);
     kept_.erase(found);
   }
 }
 
 FileResult<std::string> RealFiles::ReadAttribute(const std::string& path) {
-  const FileResult<std::string> mapped = Map(path);
-  if (!mapped) {
-    return {{}, mapped.error};
+  if (!copy_.empty()) {
+    const FileResult<std::string> mapped = Map(path);
+    const FileResult<int> opened = mapped ? Open(mapped.value) : FileResult<int>{-1, mapped.error};
+    const Descriptor file(opened.value);
+    return opened ? ReadFrom(file.Number()) : FileResult<std::string>{{}, opened.error};
   }
-  const bool wasKept = kept_.contains(mapped.value);
-  const FileResult<int> descriptor = KeptDescriptor(mapped.value);
+  const bool wasKept = kept_.contains(path);
+  const FileResult<int> descriptor = KeptDescriptor(path);
   if (!descriptor) {
     return {{}, descriptor.error};
   }
-  std::array<char, kAttributeBytes> bytes{};
-  const ssize_t count = ReadOnce(descriptor.value, bytes.data(), bytes.size());
-  if (count < 0) {
-    const int error = errno;
-    Forget(mapped.value);
+  FileResult<std::string> text = ReadFrom(descriptor.value);
+  if (!text) {
+    Forget(path);
     // The device behind a kept descriptor may be gone and another have taken its place.
-    const bool stale = error == ENODEV || error == ESRCH || error == ENOENT;
-    return wasKept && stale ? ReadAttribute(path) : FileResult<std::string>{{}, error};
+    const bool stale = text.error == ENODEV || text.error == ESRCH || text.error == ENOENT;
+    return wasKept && stale ? ReadAttribute(path) : text;
   }
-  return {WithoutTrailingSpace({bytes.data(), static_cast<std::size_t>(count)}), 0};
+  return text;
 }
 
 FileResult<std::string> RealFiles::ReadText(const std::string& path, std::size_t limit) {

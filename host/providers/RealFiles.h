@@ -9,8 +9,9 @@
 namespace emstatus::host {
 
 /// SystemFiles on this machine, or on a copy of another one's /sys and /proc. Attributes stay open between
-/// reads, at most kKeptFiles of them. In a copy only plain files are read (ENXIO for anything that might
-/// block), nothing is written (EROFS), and the room of a filesystem is not known (EOPNOTSUPP).
+/// reads, at most kKeptFiles of them. In a copy, which may lie on anything, none stays open, because closing
+/// it might block; only plain files are read (ENXIO for anything that might block), nothing is written
+/// (EROFS), and the room of a filesystem is not known (EOPNOTSUPP).
 class RealFiles final : public SystemFiles {
  public:
   static constexpr std::size_t kKeptFiles = 512;
@@ -32,8 +33,8 @@ class RealFiles final : public SystemFiles {
  private:
   FileResult<std::string> Map(const std::string& path, bool followLast = true) const;
   FileResult<int> Open(const std::string& mapped) const;
-  FileResult<int> KeptDescriptor(const std::string& mapped);
-  void Forget(const std::string& mapped);
+  FileResult<int> KeptDescriptor(const std::string& path);
+  void Forget(const std::string& path);
 
   const std::string copy_;
   std::map<std::string, int, std::less<>> kept_;
