@@ -1,3 +1,4 @@
+#include "markup/Characters.h"
 #include "markup/MarkupReader.h"
 
 #include <gtest/gtest.h>
@@ -156,6 +157,7 @@ TEST(MarkupReader, TurnsEveryEncodingIntoUtf8) {
       {"\xFE\xFF\0<\0a\0>\0x\0<\0/\0a\0>"s, "x"},
       {"\0<\0a\0>\xD8\x3D\xDE\x00\0<\0/\0a\0>"s, "\U0001F600"},
       {"\0<\0a\0>\0x\0<\0/\0a\0>\0"s, ""},        // half a character at the end
+      {"<\0a\0>\0x\0<\0/\0a\0>\0\n"s, ""},        // half a line feed
       {"\0<\0a\0>\xD8\x3D\0x\0<\0/\0a\0>"s, ""},  // a surrogate without the other
       {"\0<\0a\0>\xDE\x00\0x\0<\0/\0a\0>"s, ""},  // the second one alone
       {"\xFF\xFE\0<\0a\0/\0>"s, ""},              // the mark of the other order
@@ -164,6 +166,23 @@ TEST(MarkupReader, TurnsEveryEncodingIntoUtf8) {
     const MarkupResult result = ReadMarkup(row.document);
     EXPECT_EQ(result ? result->text : "", row.text) << row.document;
   }
+}
+
+// One bound of the tables that is off by one changes the sums.
+TEST(MarkupCharacters, AreAsManyAsTheStandardHas) {
+  int all = 0;
+  int starts = 0;
+  int inNames = 0;
+  for (char32_t character = 0; character < 0x20000; ++character) {
+    all += IsMarkupCharacter(character);
+    starts += IsNameStart(character);
+    inNames += IsNameCharacter(character);
+  }
+  EXPECT_EQ(all, 0x20000 - 29 - 0x800 - 2);
+  EXPECT_EQ(starts, 119538);
+  EXPECT_EQ(inNames, 119665);
+  EXPECT_TRUE(IsNameStart(0xEFFFF) && !IsNameCharacter(0xF0000));
+  EXPECT_TRUE(IsMarkupCharacter(0x10FFFF) && !IsMarkupCharacter(0x110000));
 }
 
 std::string Nested(std::size_t depth) {

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <functional>
 #include <thread>
 
 #include "platform/EventHandle.h"
@@ -44,55 +46,70 @@ class Threads : public testing::Test {
     event_.Create(false, true);
     Trace().Take();
   }
+  /// The lines of `steps` with their levels.
+  static Lines ToldBy(const std::function<Lines()>& steps) {
+    return LinesWithLevels([&steps](int level) {
+      const TraceLevel traceLevel(static_cast<std::uint32_t>(level));
+      Trace().Take();
+      return steps();
+    });
+  }
   const TraceLevel level_{5};
   EventHandle event_;
   CThread thread_;
 };
 
 TEST_F(Threads, AWaitableThreadIsJoinedWithoutTimeout) {
-  ASSERT_TRUE(thread_.Start(&Nothing, reinterpret_cast<void*>(0x2A), 63, true, 0x1000, true));
-  const pthread_t id = thread_.Id();
-  EXPECT_TRUE(thread_.WaitForTermination(30000));
-  EXPECT_EQ(thread_.Id(), 0U);
-  EXPECT_TRUE(thread_.WaitForTermination(0xFFFFFFFF));
-  EXPECT_FALSE(thread_.Kill());
-  const Lines expected = {
-      "\nCThread::Start: Start a thread, Prio=63, Suspend=1, StackSize=0x00001000, Waitable=1, KillAliveThread=0",
-      "\npthread_attr_init: 0",
-      "\nThreadPrio=63",
-      "\nCThread::Start: thread=0xT created, Prio=63, Waitable=1, StackSize=0x1000",
-      "\nCThread::WaitForTermination: WARNING: can't wait for Thread = 0xT termination with timeout",
-      "\nCThread::WaitForTermination: a joinable Thread = 0xT has terminated, pstat=0x2a",
-      "\nCThread::WaitForTermination: Thread = 0x000000000 doesn't exist !",
-      "\nCThread::Kill: Try to kill the Thread = 0x00000000",
-      "\nCThread::Kill: Thread = 0x000000000 doesn't exist !",
+  const auto steps = [this] {
+    EXPECT_TRUE(thread_.Start(&Nothing, reinterpret_cast<void*>(0x2A), 63, true, 0x1000, true));
+    const pthread_t id = thread_.Id();
+    EXPECT_TRUE(thread_.WaitForTermination(30000));
+    EXPECT_EQ(thread_.Id(), 0U);
+    EXPECT_TRUE(thread_.WaitForTermination(0xFFFFFFFF));
+    EXPECT_FALSE(thread_.Kill());
+    return Told(id);
   };
-  EXPECT_EQ(Told(id), expected);
+  const Lines expected = {
+      "5 \nCThread::Start: Start a thread, Prio=63, Suspend=1, StackSize=0x00001000, Waitable=1, KillAliveThread=0",
+      "4 \npthread_attr_init: 0",
+      "2 \nThreadPrio=63",
+      "2 \nCThread::Start: thread=0xT created, Prio=63, Waitable=1, StackSize=0x1000",
+      "1 \nCThread::WaitForTermination: WARNING: can't wait for Thread = 0xT termination with timeout",
+      "1 \nCThread::WaitForTermination: a joinable Thread = 0xT has terminated, pstat=0x2a",
+      "1 \nCThread::WaitForTermination: Thread = 0x000000000 doesn't exist !",
+      "1 \nCThread::Kill: Try to kill the Thread = 0x00000000",
+      "1 \nCThread::Kill: Thread = 0x000000000 doesn't exist !",
+  };
+  EXPECT_EQ(ToldBy(steps), expected);
 }
 
 TEST_F(Threads, ADetachedThreadIsCancelledNotJoined) {
-  ASSERT_TRUE(thread_.Start(&WaitFor, &event_, 0, false, 0, false));
-  UntilWaitedOn(event_);
-  const pthread_t id = thread_.Id();
-  pthread_attr_t attributes;
-  ASSERT_EQ(pthread_getattr_np(id, &attributes), 0);
-  int state = -1;
-  pthread_attr_getdetachstate(&attributes, &state);
-  pthread_attr_destroy(&attributes);
-  EXPECT_EQ(state, PTHREAD_CREATE_DETACHED);
-  Trace().Take();
-  EXPECT_FALSE(thread_.WaitForTermination(0xFFFFFFFF));
-  EXPECT_TRUE(thread_.Kill());
-  EXPECT_EQ(thread_.Id(), 0U);
-  const Lines expected = {
-      "\nCThread::WaitForTermination: WARNING: Can't wait for detached thread 0xT",
-      "\nCThread::Kill: Try to kill the Thread = 0xT",
-      "\nCThread::Kill: Try to kill a non-joinable Thread = 0x0T",
-      "\nCThread::Kill: Killing a non-joinable thread 0xT",
-      "\nCThread::Kill: a non-joinable thread 0xT cancel invoked",
+  const auto steps = [this] {
+    EXPECT_TRUE(thread_.Start(&WaitFor, &event_, 0, false, 0, false));
+    UntilWaitedOn(event_);
+    const pthread_t id = thread_.Id();
+    pthread_attr_t attributes;
+    EXPECT_EQ(pthread_getattr_np(id, &attributes), 0);
+    int state = -1;
+    pthread_attr_getdetachstate(&attributes, &state);
+    pthread_attr_destroy(&attributes);
+    EXPECT_EQ(state, PTHREAD_CREATE_DETACHED);
+    Trace().Take();
+    EXPECT_FALSE(thread_.WaitForTermination(0xFFFFFFFF));
+    EXPECT_TRUE(thread_.Kill());
+    EXPECT_EQ(thread_.Id(), 0U);
+    const Lines told = Told(id);
+    while (!event_.SetAttributes(false, true)) std::this_thread::yield();
+    return told;
   };
-  EXPECT_EQ(Told(id), expected);
-  while (!event_.SetAttributes(false, true)) std::this_thread::yield();
+  const Lines expected = {
+      "1 \nCThread::WaitForTermination: WARNING: Can't wait for detached thread 0xT",
+      "1 \nCThread::Kill: Try to kill the Thread = 0xT",
+      "1 \nCThread::Kill: Try to kill a non-joinable Thread = 0x0T",
+      "2 \nCThread::Kill: Killing a non-joinable thread 0xT",
+      "2 \nCThread::Kill: a non-joinable thread 0xT cancel invoked",
+  };
+  EXPECT_EQ(ToldBy(steps), expected);
 }
 
 TEST_F(Threads, ADetachedThreadThatHasEndedIsNotCancelled) {
@@ -118,53 +135,61 @@ TEST_F(Threads, ADetachedThreadThatHasEndedIsNotCancelled) {
 }
 
 TEST_F(Threads, KillJoinsAWaitableThread) {
-  ASSERT_TRUE(thread_.Start(&WaitFor, &event_, 0, false, 0, true));
-  const pthread_t id = thread_.Id();
-  Trace().Take();
-  {
-    const ThreadFault fault("pthread_join", 3);
-    EXPECT_FALSE(thread_.WaitForTermination(0xFFFFFFFF));
-    EXPECT_FALSE(thread_.Kill());
-  }
-  EXPECT_EQ(thread_.Id(), id) << "kept after a failed join";
-  UntilWaitedOn(event_);
-  Lines told = Told(id);
-  event_.Set();
-  EXPECT_TRUE(thread_.Kill());
-  for (const std::string& line : Told(id)) {
-    if (line.find("CThread") != std::string::npos) told.push_back(line);
-  }
-  const Lines expected = {
-      "\nCThread::WaitForTermination: ERROR ! ThreadJoin failed, Thread = 0xT, Err = 0x00000003",
-      "\nCThread::Kill: Try to kill the Thread = 0xT",
-      "\nCThread::Kill: Try to join a joinable Thread = 0xT",
-      "\nCThread::Kill: ERROR ! ThreadJoin failed, Thread = 0xT, Err = 0x00000003",
-      "\nCThread::Kill: Try to kill the Thread = 0xT",
-      "\nCThread::Kill: Try to join a joinable Thread = 0xT",
-      "\nCThread::Kill: a joinable Thread = 0xT has terminated, pstat=(nil)",
+  const auto steps = [this] {
+    EXPECT_TRUE(thread_.Start(&WaitFor, &event_, 0, false, 0, true));
+    const pthread_t id = thread_.Id();
+    Trace().Take();
+    {
+      const ThreadFault fault("pthread_join", 3);
+      EXPECT_FALSE(thread_.WaitForTermination(0xFFFFFFFF));
+      EXPECT_FALSE(thread_.Kill());
+    }
+    EXPECT_EQ(thread_.Id(), id) << "kept after a failed join";
+    UntilWaitedOn(event_);
+    event_.Set();
+    EXPECT_TRUE(thread_.Kill());
+    EXPECT_TRUE(event_.Reset());
+    Lines told = Told(id);
+    std::erase_if(told, [](const std::string& line) { return line.find("CThread") == std::string::npos; });
+    return told;
   };
-  EXPECT_EQ(told, expected);
+  const Lines expected = {
+      "1 \nCThread::WaitForTermination: ERROR ! ThreadJoin failed, Thread = 0xT, Err = 0x00000003",
+      "1 \nCThread::Kill: Try to kill the Thread = 0xT",
+      "1 \nCThread::Kill: Try to join a joinable Thread = 0xT",
+      "1 \nCThread::Kill: ERROR ! ThreadJoin failed, Thread = 0xT, Err = 0x00000003",
+      "1 \nCThread::Kill: Try to kill the Thread = 0xT",
+      "1 \nCThread::Kill: Try to join a joinable Thread = 0xT",
+      "1 \nCThread::Kill: a joinable Thread = 0xT has terminated, pstat=(nil)",
+  };
+  EXPECT_EQ(ToldBy(steps), expected);
 }
 
 TEST_F(Threads, StartReportsTheStepThatFailed) {
   const struct {
     const char* function;
     int prio;
+    int error;
     const char* told;
   } rows[] = {
-      {"pthread_attr_init", 0, "\npthread_attr_init failed: 12"},
-      {"pthread_attr_setdetachstate", 0, "\npthread_attr_setdetachstate failed: 12"},
-      {"pthread_attr_setschedpolicy", 63, "\npthread_attr_setschedpolicy failed: 12"},
-      {"pthread_attr_getschedparam", 63, "\npthread_attr_getschedparam failed: 12"},
-      {"", 100, "\npthread_attr_setschedparam failed: error=22 priority=100"},
-      {"pthread_create", 63, "\npthread_create failed: 12"},
+      {"pthread_attr_init", 0, 12, "2 \npthread_attr_init failed: 12"},
+      {"pthread_attr_setdetachstate", 0, 12, "2 \npthread_attr_setdetachstate failed: 12"},
+      {"pthread_attr_setschedpolicy", 63, 12, "2 \npthread_attr_setschedpolicy failed: 12"},
+      {"pthread_attr_getschedparam", 63, 12, "2 \npthread_attr_getschedparam failed: 12"},
+      {"", 100, 22, "2 \npthread_attr_setschedparam failed: error=22 priority=100"},
+      {"pthread_create", 63, 12, "2 \npthread_create failed: 12"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.told);
-    const ThreadFault fault(row.function, 12);
-    EXPECT_FALSE(thread_.Start(&Nothing, nullptr, row.prio, false, 0, false));
-    EXPECT_EQ(thread_.Id(), 0U);
-    EXPECT_EQ(Told(0).back(), row.told);
+    const auto steps = [&] {
+      const ThreadFault fault(row.function, 12);
+      errno = 0;
+      EXPECT_FALSE(thread_.Start(&Nothing, nullptr, row.prio, false, 0, false));
+      EXPECT_EQ(errno, row.error);
+      EXPECT_EQ(thread_.Id(), 0U);
+      return Told(0);
+    };
+    EXPECT_EQ(ToldBy(steps).back(), row.told);
   }
   const ThreadFault fault("pthread_attr_setschedpolicy", 12);
   EXPECT_TRUE(thread_.Start(&Nothing, nullptr, 0, false, 0, true)) << "priority 0 sets no policy";
@@ -172,18 +197,22 @@ TEST_F(Threads, StartReportsTheStepThatFailed) {
 }
 
 TEST_F(Threads, ACancelThatFailsClearsTheThread) {
-  ASSERT_TRUE(thread_.Start(&WaitFor, &event_, 0, false, 0, false));
-  UntilWaitedOn(event_);
-  const pthread_t id = thread_.Id();
-  {
-    const ThreadFault fault("pthread_cancel", 3);
-    EXPECT_FALSE(thread_.Kill());
-  }
-  EXPECT_EQ(thread_.Id(), 0U);
-  EXPECT_EQ(Told(id).back(),
-            "\nCThread::Kill: unable to cancel a non-joinable thread 0xT (err = 0x00000003)");
-  event_.Set();
-  while (!event_.SetAttributes(true, true)) std::this_thread::yield();
+  const auto steps = [this] {
+    EXPECT_TRUE(thread_.Start(&WaitFor, &event_, 0, false, 0, false));
+    UntilWaitedOn(event_);
+    const pthread_t id = thread_.Id();
+    {
+      const ThreadFault fault("pthread_cancel", 3);
+      EXPECT_FALSE(thread_.Kill());
+    }
+    EXPECT_EQ(thread_.Id(), 0U);
+    const Lines told = Told(id);
+    event_.Set();
+    while (!event_.SetAttributes(false, true)) std::this_thread::yield();
+    return told;
+  };
+  EXPECT_EQ(ToldBy(steps).back(),
+            "2 \nCThread::Kill: unable to cancel a non-joinable thread 0xT (err = 0x00000003)");
 }
 
 TEST_F(Threads, ASecondStartForgetsOrKillsTheFirst) {

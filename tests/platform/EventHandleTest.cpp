@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <functional>
 #include <new>
 #include <thread>
 
@@ -64,12 +65,19 @@ class Events : public testing::Test {
  protected:
   Events() { Trace().Take(); }
   ~Events() override { Trace().Take(); }
+  /// The lines of `steps` with their levels.
+  static Lines ToldBy(const std::function<void()>& steps) {
+    return LinesWithLevels([&steps](int level) {
+      const TraceLevel traceLevel(static_cast<std::uint32_t>(level));
+      steps();
+      return Told();
+    });
+  }
   const TraceLevel level_{5};
 };
 
 TEST_F(Events, TellsItsSteps) {
-  Told();
-  {
+  const auto steps = [] {
     EventHandle event;
     event.Create(false, false, "name");
     EventHandle copy(event);
@@ -86,29 +94,29 @@ TEST_F(Events, TellsItsSteps) {
     other.Create(false, false, "name");
     EventHandle unnamed;
     unnamed.Create(true, true);
-  }
-  const Lines expected = {
-      "creating event E <name> (IsSignaled=0)\n",
-      "incr refcount on event E <name> (IsSignaled=0,IsManual=0)\n",
-      "Set event E <name> IsSignaled=0 --> IsSignaled=1\n",
-      "Check event E <name> (IsSignaled=1)\n",
-      "\nwaiting forever on event E",
-      "event E <name> (IsManual=0) has been already signaled --> New state: IsSignaled=0\n",
-      "Create event E <name>, changing attributes (IsSignaled=0,IsManual=0) --> (IsSignaled=1,IsManual=1)\n",
-      "\nwaiting 7ms on event E",
-      "event E <name> (IsManual=1) has been already signaled --> New state: IsSignaled=1\n",
-      "Reset event E <name>: IsSignaled=1 --> IsSignaled=0\n",
-      "Pulse event E <name> IsSignaled=0 --> IsSignaled=0\n",
-      "Close event E <name> IsSignaled=0 --> IsSignaled=1\n",
-      "refCount for event E <name> incremented (IsSignaled=1)\n",
-      "WARNING: manual setting mismatch for event E <name>\n",
-      "creating event E <anon> (IsSignaled=1)\n",
-      "deleting event E <anon> (IsSignaled=1)\n",
-      "decr refcount on event E <name> (IsSignaled=1)\n",
-      "decr refcount on event E <name> (IsSignaled=1)\n",
-      "deleting event E <name> (IsSignaled=1)\n",
   };
-  EXPECT_EQ(Told(), expected);
+  const Lines expected = {
+      "5 creating event E <name> (IsSignaled=0)\n",
+      "5 incr refcount on event E <name> (IsSignaled=0,IsManual=0)\n",
+      "5 Set event E <name> IsSignaled=0 --> IsSignaled=1\n",
+      "5 Check event E <name> (IsSignaled=1)\n",
+      "5 \nwaiting forever on event E",
+      "5 event E <name> (IsManual=0) has been already signaled --> New state: IsSignaled=0\n",
+      "5 Create event E <name>, changing attributes (IsSignaled=0,IsManual=0) --> (IsSignaled=1,IsManual=1)\n",
+      "5 \nwaiting 7ms on event E",
+      "5 event E <name> (IsManual=1) has been already signaled --> New state: IsSignaled=1\n",
+      "5 Reset event E <name>: IsSignaled=1 --> IsSignaled=0\n",
+      "5 Pulse event E <name> IsSignaled=0 --> IsSignaled=0\n",
+      "5 Close event E <name> IsSignaled=0 --> IsSignaled=1\n",
+      "3 refCount for event E <name> incremented (IsSignaled=1)\n",
+      "1 WARNING: manual setting mismatch for event E <name>\n",
+      "5 creating event E <anon> (IsSignaled=1)\n",
+      "5 deleting event E <anon> (IsSignaled=1)\n",
+      "5 decr refcount on event E <name> (IsSignaled=1)\n",
+      "5 decr refcount on event E <name> (IsSignaled=1)\n",
+      "5 deleting event E <name> (IsSignaled=1)\n",
+  };
+  EXPECT_EQ(ToldBy(steps), expected);
 }
 
 TEST_F(Events, StaysEmptyWhenItCannotBeBuilt) {
@@ -118,21 +126,21 @@ TEST_F(Events, StaysEmptyWhenItCannotBeBuilt) {
     const char* told;
   } rows[] = {
       {"pthread_condattr_setclock", "name",
-       "pthread_condattr_setclock(): ## ERROR ##: Set CLOCK_MONOTONIC failed (ret=11) for event E <name> (IsSignaled=1)\n"},
+       "3 pthread_condattr_setclock(): ## ERROR ##: Set CLOCK_MONOTONIC failed (ret=11) for event E <name> (IsSignaled=1)\n"},
       {"pthread_cond_init", nullptr,
-       "pthread_cond_init(), CLOCK_MONOTONIC: ## ERROR ##: failed (ret=11) on event E <anon> (IsSignaled=1)\n"},
+       "3 pthread_cond_init(), CLOCK_MONOTONIC: ## ERROR ##: failed (ret=11) on event E <anon> (IsSignaled=1)\n"},
       {"pthread_mutex_init", "name",
-       "pthread_mutex_init(), CLOCK_MONOTONIC: ## ERROR ##: failed (ret=11) on event E <name> (IsSignaled=1)\n"},
+       "3 pthread_mutex_init(), CLOCK_MONOTONIC: ## ERROR ##: failed (ret=11) on event E <name> (IsSignaled=1)\n"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.function);
-    Told();
     EventHandle event;
-    {
+    const auto fail = [&] {
       const ThreadFault fault(row.function, 11);
       EXPECT_FALSE(event.Create(true, false, row.name));
-    }
-    EXPECT_EQ(Told(), Lines{row.told});
+    };
+    EXPECT_EQ(ToldBy(fail), Lines{row.told});
+    const TraceLevel level(5);
     EXPECT_FALSE(event.Set() || event.Reset() || event.Pulse() || event.Check() || event.Close());
     EXPECT_FALSE(event.SetAttributes(true, false));
     EXPECT_EQ(event.Wait(kNoTimeout, true), EVENT_FAILURE);

@@ -72,6 +72,8 @@ TEST(PrivateProfile, ReadsValues) {
   for (const auto& row : rows)
     EXPECT_EQ(Value(directory.Write("x.ini", row.text), "s", "k"), row.value) << row.what;
   EXPECT_EQ(Value(directory.File("missing.ini"), "s", "k"), "<default>");
+  EXPECT_EQ(Value(directory.Path().string(), "s", "k"), "<default>")
+      << "a directory opens, but cannot be read";
   EXPECT_EQ(Read("s", "k", nullptr, 64, directory.File("missing.ini")), "");
   EXPECT_EQ(Read("s", nullptr, "<default>", 64, directory.File("missing.ini")), "");
   EXPECT_EQ(Read("s", "k", "<default>", 4, directory.File("missing.ini")), "<de");

@@ -43,6 +43,7 @@ TEST(AggregationTest, SplitsByWhoCanServiceIt) {
   for (const auto& row : rows) {
     StatusTreeNode node;
     node.status = row.status;
+    node.cssStatus = node.nonCssStatus = Error;
     MakeGelCssStatus(node, row.indicator);
     EXPECT_EQ(node.isCSS, row.isCss);
     EXPECT_EQ(node.cssStatus, row.css) << int{row.status} << " " << row.indicator;

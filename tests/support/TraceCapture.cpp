@@ -1,5 +1,7 @@
 #include "tests/support/TraceCapture.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -52,6 +54,29 @@ TraceCapture& Trace() {
 
 bool Holds(const std::vector<std::string>& lines, const std::string& line) {
   return std::ranges::find(lines, line) != lines.end();
+}
+
+std::vector<std::string> LinesWithLevels(const std::function<std::vector<std::string>(int level)>& run) {
+  const auto isTraced = [](const std::string& line) { return !line.starts_with("@ "); };
+  std::vector<std::string> finest = run(5);
+  std::vector<int> levels(finest.size(), 5);
+  for (int level = 4; level >= 0; --level) {
+    std::size_t at = 0;
+    for (const std::string& line : run(level)) {
+      for (; at < finest.size() && finest[at] != line; ++at) {
+        EXPECT_TRUE(isTraced(finest[at])) << "not at level " << level << ": " << finest[at];
+      }
+      if (at == finest.size()) {
+        ADD_FAILURE() << "only at level " << level << ": " << line;
+        break;
+      }
+      levels[at++] = level;
+    }
+  }
+  for (std::size_t i = 0; i < finest.size(); ++i) {
+    if (isTraced(finest[i])) finest[i].insert(0, std::to_string(levels[i]) + ' ');
+  }
+  return finest;
 }
 
 }  // namespace emstatus::test

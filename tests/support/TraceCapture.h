@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -41,5 +42,10 @@ TraceCapture& Trace();
 
 /// Whether `lines` holds one that is equal to `line`.
 bool Holds(const std::vector<std::string>& lines, const std::string& line);
+
+/// The lines that `run` gives for trace level 5, each behind the lowest level (0 to 5) at which they are
+/// there too: "2 line". What begins with "@ " was not traced: it stays as it is, and must be there at every
+/// level.
+std::vector<std::string> LinesWithLevels(const std::function<std::vector<std::string>(int level)>& run);
 
 }  // namespace emstatus::test
