@@ -179,6 +179,12 @@ std::function<int()> SetUpRunCommand(CLI::App& command) {
       ->check(CLI::Range(1, 3600).description(""))
       ->type_name("SECONDS")
       ->capture_default_str();
+  command.footer(
+      "Examples:\n"
+      "  emhost run --once                                     this machine, once\n"
+      "  emhost run --state /var/lib/emhost --led status:red   for good, with its LED\n"
+      "  emhost run --unit ssh.service --process nginx         what must run besides\n"
+      "  emhost run --provider scenario:examples/server.json   a server that is played");
   return [options] {
     Run run(*options);
     return options->once ? run.Once() : run.Forever();

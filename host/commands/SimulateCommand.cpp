@@ -182,6 +182,10 @@ std::function<int()> SetUpSimulateCommand(CLI::App& command) {
                   "The folder of EM_STATUS.ini (default: etc beside emhost)")
       ->type_name("DIR");
   command.footer(
+      "Examples:\n"
+      "  emhost simulate Fan0=Error --for 10m     as if Fan0 had failed\n"
+      "  emhost simulate                          what is simulated\n"
+      "  emhost simulate --clear                  the end of it\n"
       "A module that runs takes it up at once when emhost runs it, otherwise with its next scan.\n"
       "Exit code: 0 done, 3 refused or failed.");
   return [options] {

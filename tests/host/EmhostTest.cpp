@@ -105,7 +105,8 @@ TEST_F(EmhostTest, SaysWhatIsWrong) {
       {{"run", "--root", etc}, "expected a folder with the folder sys or proc in it"},
       {{"run", "--root", "/", "--unit", "x"}, "--root"},
       {{"run", "--provider", "windows"}, "expected linux or scenario:FILE"},
-      {{"walk"}, "subcommand"},
+      {{"walk"}, "there is no command \"walk\". emhost --help lists them all."},
+      {{"chekc-config"}, "Did you mean check-config?"},
   };
   for (const auto& row : rows) {
     EmhostProcess emhost(row.arguments);
