@@ -48,15 +48,6 @@ DiskFacts WithIdentity(DiskFacts disk, std::map<std::string, std::string>& known
   return disk;
 }
 
-Reading Silent(const std::string& name, DiskMemory::Clock::duration silence) {
-  Reading reading;
-  reading.objectClass = ObjectClass::Disk;
-  reading.id = reading.name = name;
-  reading.mayGo = true;
-  SetLate(reading, silence);
-  return reading;
-}
-
 }  // namespace
 
 DiskProvider::DiskProvider(const FilesFactory& makeFiles, std::shared_ptr<SmartReader> smart,
@@ -85,7 +76,8 @@ std::vector<Reading> DiskProvider::Read(const ReadContext& context) {
   std::map<std::string, std::string> known;
   for (const auto& [name, answer] : disks) {
     if (!answer.sample) {
-      readings.push_back(Silent(name, context.now - answer.waitingSince.value_or(context.now)));
+      readings.push_back(
+          SilentReading(ObjectClass::Disk, name, context.now - answer.waitingSince.value_or(context.now)));
     } else if (answer.sample->isTold) {
       const DiskFacts disk = WithIdentity(*answer.sample, known);
       std::vector<Reading> told = {JudgeDisk(disk, memories_[disk.identity], answer.takenAt)};

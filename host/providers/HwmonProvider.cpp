@@ -84,8 +84,9 @@ bool HwmonProvider::Rescan(Clock::time_point now) {
   if (!isDue && names.value == classNames_) {
     return false;
   }
-  // Disks are always linked from the class.
-  const bool search = kind_ == HwmonKind::Board && (!searchedAt_ || now - *searchedAt_ >= kSearch);
+  // Disks are always linked from the class, where there is one.
+  const bool search =
+      (kind_ == HwmonKind::Board || names.value.empty()) && (!searchedAt_ || now - *searchedAt_ >= kSearch);
   std::map<std::string, Chip> chips;
   bool isNew = false;
   for (HwmonChip& found : scan_.Run(names.value, search, now)) {
@@ -154,23 +155,14 @@ std::vector<Reading> HwmonProvider::TellAll(const std::map<std::string, DeviceAn
   std::vector<Reading> readings;
   for (auto& [id, chip] : chips_) {
     if (chip.found.silentSince) {
-      readings.push_back(TellSilent(chip, now));
+      // Of what kind its sensors are is not known either.
+      readings.push_back(
+          SilentReading(ObjectClass::Temperature, chip.found.title, now - *chip.found.silentSince));
     } else if (const auto answer = answers.find(id); answer != answers.end()) {
       std::ranges::move(Tell(chip, answer->second, now), std::back_inserter(readings));
     }
   }
   return readings;
-}
-
-// Of what kind its sensors are is not known either.
-Reading HwmonProvider::TellSilent(const Chip& chip, Clock::time_point now) {
-  Reading reading;
-  reading.objectClass = ObjectClass::Temperature;
-  reading.id = chip.found.id;
-  reading.name = chip.found.title;
-  reading.mayGo = true;
-  SetLate(reading, now - *chip.found.silentSince);
-  return reading;
 }
 
 std::vector<Reading> HwmonProvider::Tell(Chip& chip, const DeviceAnswer<Sample>& answer,

@@ -60,7 +60,6 @@ class HwmonProvider final : public Provider {
   std::map<std::string, DeviceReads<Sample>::Take> Takes(Clock::time_point now) const;
   /// Empty when the sample is that of another chip, or of none.
   std::vector<Reading> Tell(Chip& chip, const DeviceAnswer<Sample>& answer, Clock::time_point now);
-  static Reading TellSilent(const Chip& chip, Clock::time_point now);
   std::vector<Reading> JudgeSample(Chip& chip, const Sample& sample, Clock::time_point takenAt);
   void Describe(Reading& reading, const Chip& chip, const HwmonChannelKey& key) const;
 

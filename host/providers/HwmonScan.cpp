@@ -13,12 +13,25 @@ namespace {
 const std::string kClass = "/sys/class/hwmon/";
 const std::string kZones = "/sys/class/thermal/";
 constexpr std::size_t kMostFolders = 100000;
-constexpr int kSearchPatience = 5;
+constexpr int kSearchPatience = 4;
+
+// Devices that stand with their bus alone, as in a copy without links; usually links lead to all of them.
+void AddBusDevices(SystemFiles& files, std::vector<std::string>& folders) {
+  for (const std::string& bus : files.List("/sys/bus").value) {
+    const std::string devices = "/sys/bus/" + bus + "/devices";
+    for (const FolderEntry& entry : files.ListEntries(devices).value) {
+      if (entry.isFolder) {
+        folders.push_back(devices + "/" + entry.name);
+      }
+    }
+  }
+}
 
 // All folders below the devices that hold attributes of sensors. Only lists, so that no device is waited for.
 std::vector<std::string> SearchDevices(SystemFiles& files) {
   std::vector<std::string> found;
   std::vector<std::string> further = {"/sys/devices"};
+  AddBusDevices(files, further);
   for (std::size_t done = 0; !further.empty() && done < kMostFolders; ++done) {
     const std::string folder = std::move(further.back());
     further.pop_back();

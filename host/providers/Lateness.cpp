@@ -11,6 +11,16 @@ void SetLate(Reading& reading, std::chrono::steady_clock::duration silence) {
                  "; the device or its driver may hang");
 }
 
+Reading SilentReading(ObjectClass objectClass, const std::string& name,
+                      std::chrono::steady_clock::duration silence) {
+  Reading reading;
+  reading.objectClass = objectClass;
+  reading.id = reading.name = name;
+  reading.mayGo = true;
+  SetLate(reading, silence);
+  return reading;
+}
+
 void SetAge(std::vector<Reading>& readings, std::chrono::steady_clock::time_point takenAt,
             std::chrono::steady_clock::time_point now, std::chrono::milliseconds lateAfter) {
   for (Reading& reading : readings) {

@@ -16,4 +16,9 @@ void SetLate(Reading& reading, std::chrono::steady_clock::duration silence);
 void SetAge(std::vector<Reading>& readings, std::chrono::steady_clock::time_point takenAt,
             std::chrono::steady_clock::time_point now, std::chrono::milliseconds lateAfter);
 
+/// The reading of a device that never answered, of which no more is known than the name it has in its folder.
+/// When it answers at last, it is told as what it is. [any thread]
+Reading SilentReading(ObjectClass objectClass, const std::string& name,
+                      std::chrono::steady_clock::duration silence);
+
 }  // namespace emstatus::host

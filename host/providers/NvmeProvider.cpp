@@ -123,12 +123,9 @@ std::vector<Reading> NvmeProvider::Read(const ReadContext& context) {
   std::vector<Told> told;
   for (const auto& [name, answer] : reads_.Read(takes, context.now)) {
     if (!answer.sample) {
-      Reading reading;
-      reading.objectClass = ObjectClass::StorageController;
-      reading.id = reading.name = name;
-      reading.mayGo = true;
-      SetLate(reading, context.now - answer.waitingSince.value_or(context.now));
-      told.emplace_back(std::move(reading), "");
+      told.emplace_back(SilentReading(ObjectClass::StorageController, name,
+                                      context.now - answer.waitingSince.value_or(context.now)),
+                        "");
     } else if (!IsGone(answer.sample->state.error)) {
       std::vector<Reading> one = {JudgeNvme(*answer.sample)};
       SetAge(one, answer.takenAt, context.now, LateAfter());

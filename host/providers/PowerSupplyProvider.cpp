@@ -15,14 +15,9 @@ namespace {
 const std::string kFolder = "/sys/class/power_supply";
 
 // Of one that never answered, only its name says what it is.
-Reading Silent(const std::string& name, std::chrono::steady_clock::duration silence) {
+ObjectClass ClassByName(const std::string& name) {
   const bool isBattery = name.starts_with("BAT") || name.find("battery") != std::string::npos;
-  Reading reading;
-  reading.objectClass = isBattery ? ObjectClass::Battery : ObjectClass::PowerSupply;
-  reading.id = reading.name = name;
-  reading.mayGo = true;
-  SetLate(reading, silence);
-  return reading;
+  return isBattery ? ObjectClass::Battery : ObjectClass::PowerSupply;
 }
 
 }  // namespace
@@ -56,7 +51,8 @@ std::vector<Reading> PowerSupplyProvider::Read(const ReadContext& context) {
   std::set<std::string> mains;
   for (const auto& [name, answer] : reads_.Read(takes, context.now)) {
     if (!answer.sample) {
-      readings.push_back(Silent(name, context.now - answer.waitingSince.value_or(context.now)));
+      readings.push_back(
+          SilentReading(ClassByName(name), name, context.now - answer.waitingSince.value_or(context.now)));
       continue;
     }
     const PowerSupplyValues& values = answer.sample->values;

@@ -58,7 +58,7 @@ void ReadLanes::Run(std::vector<std::pair<std::string, Job>> jobs) {
       shared_->queue.push_back(std::move(job));
     }
   }
-  for (;;) {
+  for (std::size_t batch = 1;;) {
     const Clock::time_point now = Clock::now();
     Clock::time_point next = Clock::time_point::max();
     for (const auto& [key, begun] : shared_->running) {
@@ -75,7 +75,12 @@ void ReadLanes::Run(std::vector<std::pair<std::string, Job>> jobs) {
         shared_->queue.clear();
         return;
       }
-      AddThread();
+      // Twice as many each time, so that many that hang do not take their patience one after the other.
+      for (std::size_t added = 0;
+           added < batch && added < shared_->queue.size() && shared_->threads < kMostThreads; ++added) {
+        AddThread();
+      }
+      batch *= 2;
     }
     shared_->progress.wait_until(lock, std::min(next, now + patience_));
   }

@@ -16,7 +16,7 @@ using FilesFactory = std::function<std::unique_ptr<SystemFiles>()>;
 
 /// Runs the reads of single devices beside the provider's own thread, so that one that hangs holds up neither
 /// the other devices nor the provider. Usually a single thread serves them all; only when a device does not
-/// answer is it left alone with its thread, and another thread goes on with the rest. [worker of one
+/// answer is it left alone with its thread, and others go on with the rest. [worker of one
 /// provider]
 class ReadLanes {
  public:

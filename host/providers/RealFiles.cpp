@@ -101,7 +101,7 @@ FileResult<int> RealFiles::Open(const std::string& mapped) const {
   if (!copy_.empty()) {
     struct stat status {};
     if (lstat(mapped.c_str(), &status) != 0) {
-      return Failed<int>();
+      return {-1, errno};
     }
     if (!S_ISREG(status.st_mode)) {
       return {-1, S_ISDIR(status.st_mode) ? EISDIR : ENXIO};
@@ -141,8 +141,11 @@ FileResult<std::string> RealFiles::ReadAttribute(const std::string& path) {
   if (!copy_.empty()) {
     const FileResult<std::string> mapped = Map(path);
     const FileResult<int> opened = mapped ? Open(mapped.value) : FileResult<int>{-1, mapped.error};
+    if (!opened) {
+      return {{}, opened.error};
+    }
     const Descriptor file(opened.value);
-    return opened ? ReadFrom(file.Number()) : FileResult<std::string>{{}, opened.error};
+    return ReadFrom(file.Number());
   }
   const bool wasKept = kept_.contains(path);
   const FileResult<int> descriptor = KeptDescriptor(path);

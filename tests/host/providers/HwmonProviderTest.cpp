@@ -66,15 +66,24 @@ TEST(HwmonProvider, FindsEveryChipOnce) {
   machine.Write({{"/sys/devices/platform/lost.0/hwmon/hwmon9/name", "lost"},
                  {"/sys/devices/platform/lost.0/hwmon/hwmon9/fan1_input", "900"},
                  {"/sys/devices/pci0/i2c-0/0-0019/name", "jc42"},
-                 {"/sys/devices/pci0/i2c-0/0-0019/temp1_input", "30000"}});
+                 {"/sys/devices/pci0/i2c-0/0-0019/temp1_input", "30000"},
+                 {"/sys/bus/i2c/devices/0-0019", "-> /sys/devices/pci0/i2c-0/0-0019"},
+                 {"/sys/bus/i2c/devices/0-001a/temp1_input", "31000"}});
+  // A copy that was made without links.
+  machine.Write({{"/sys/class/hwmon/hwmon8/name", "plain"},
+                 {"/sys/class/hwmon/hwmon8/temp1_input", "32000"},
+                 {"/sys/class/hwmon/hwmon8/device/modalias", "x"},
+                 {"/sys/class/hwmon/hwmon11/name", "plain"},
+                 {"/sys/class/hwmon/hwmon11/device/temp1_input", "33000"}});
   machine.Write(Chip("7", "pci0/nvme/nvme0", "/hwmon7", {{"name", "nvme"}, {"temp1_input", "38000"}}));
   HwmonProvider afresh(machine.Factory(), HwmonKind::Board, kPatient);
   EXPECT_EQ(Names(ReadAt(afresh, 0)),
-            (Texts{"card-0000:01:00.0/temp1|card 0000:01:00.0 temp1",
+            (Texts{"0-001a/temp1|0-001a temp1", "card-0000:01:00.0/temp1|card 0000:01:00.0 temp1",
                    "card-0000:01:00.0#2/temp1|card 0000:01:00.0#2 temp1",
                    "coretemp-coretemp.0/temp1|coretemp.0 temp1 (Package id 0)",
                    "coretemp-coretemp.1/temp1|coretemp.1 temp1 (Package id 0)",
-                   "jc42-0-0019/temp1|jc42 temp1", "lost-lost.0/fan1|lost fan1", "old.5/temp1|old.5 temp1"}));
+                   "jc42-0-0019/temp1|jc42 temp1", "lost-lost.0/fan1|lost fan1", "old.5/temp1|old.5 temp1",
+                   "plain/temp1|plain temp1", "plain#2/temp1|plain#2 temp1"}));
 }
 
 TEST(HwmonProvider, OneBadSensorRemovesNoOther) {

@@ -67,6 +67,24 @@ TEST(ReadLanes, EndsWhileADeviceHangs) {
   read->get_future().wait();
 }
 
+TEST(ReadLanes, ManyThatHangAreNotWaitedForOneAfterTheOther) {
+  constexpr int kHanging = 31;
+  MachineFolder machine("/sys/a", "1");
+  machine.Hang("/sys/a");
+  ReadLanes lanes(machine.Factory(), milliseconds(100));
+  std::vector<std::pair<std::string, ReadLanes::Job>> jobs;
+  for (int number = 0; number < kHanging; ++number) {
+    jobs.emplace_back(std::to_string(number), [](SystemFiles& files) { files.ReadAttribute("/sys/a"); });
+  }
+  auto read = std::make_shared<std::atomic<bool>>(false);
+  jobs.emplace_back("last", [read](SystemFiles&) { *read = true; });
+  const auto begin = Clock::now();
+  lanes.Run(std::move(jobs));
+  EXPECT_LT(Clock::now() - begin, kHanging * milliseconds(100));
+  EXPECT_TRUE(*read);
+  machine.Release();
+}
+
 TEST(ReadLanes, AJobThatThrowsEndsNothing) {
   MachineFolder machine;
   ReadLanes lanes(machine.Factory(), kPatient);

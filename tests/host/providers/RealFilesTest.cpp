@@ -1,5 +1,6 @@
 #include "host/providers/RealFiles.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -58,6 +59,7 @@ TEST(RealFiles, LinksInACopyStayInIt) {
     EXPECT_EQ(text.error, row.error) << row.path;
     EXPECT_EQ(files.RealPath(row.path).value, row.real) << row.path;
   }
+  EXPECT_NE(fcntl(STDIN_FILENO, F_GETFD), -1) << "what was never opened is not closed";
   EXPECT_EQ(files.ReadLink("/sys/class/absolute").value, "/sys/devices/chip");
   EXPECT_EQ(files.List("/sys/class/relative").value, std::vector<std::string>{"name"});
   EXPECT_EQ(files.WriteAttribute("/sys/class/relative/name", "x").error, EROFS);
