@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "host/providers/Blame.h"
 #include "host/providers/KernelText.h"
 #include "host/providers/ReadFault.h"
 #include "host/providers/ValueText.h"
@@ -12,31 +13,6 @@ namespace {
 
 constexpr double kBlock = 512;
 constexpr std::uint64_t kLifeOver = 0xB;
-
-// How many were counted within the last kDiskWindow.
-std::uint64_t Recent(DiskMemory::Counter& counter, const std::optional<std::uint64_t>& count,
-                     DiskMemory::Clock::time_point now) {
-  if (count && counter.last && *count > *counter.last) {
-    counter.recent.emplace_back(now, *count - *counter.last);
-  }
-  counter.last = count;
-  while (!counter.recent.empty() && now - counter.recent.front().first >= kDiskWindow) {
-    counter.recent.pop_front();
-  }
-  std::uint64_t sum = 0;
-  for (const auto& [time, number] : counter.recent) {
-    sum += number;
-  }
-  return sum;
-}
-
-void Blame(Reading& reading, Condition condition, std::string reason, const char* advice) {
-  if (condition > reading.condition) {
-    reading.condition = condition;
-    reading.reason = std::move(reason);
-    reading.advice = advice;
-  }
-}
 
 void JudgeState(Reading& reading, const std::string& state) {
   constexpr std::array<std::string_view, 4> kGood = {"running", "live", "created", "new"};
@@ -86,8 +62,8 @@ void JudgeLife(Reading& reading, const DiskFacts& disk) {
 
 void JudgeErrors(Reading& reading, const DiskFacts& disk, DiskMemory& memory,
                  DiskMemory::Clock::time_point now) {
-  const std::uint64_t timeouts = Recent(memory.timeouts, disk.timeouts, now);
-  const std::uint64_t failures = Recent(memory.failures, disk.failures, now);
+  const std::uint64_t timeouts = memory.timeouts.Update(disk.timeouts, now);
+  const std::uint64_t failures = memory.failures.Update(disk.failures, now);
   if (timeouts > 0) {
     Blame(reading, Condition::Warning,
           Format("%llu commands got no answer in the last hour, 0 expected",

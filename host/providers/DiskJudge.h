@@ -2,12 +2,11 @@
 
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include "host/providers/Reading.h"
+#include "host/providers/RecentCount.h"
 #include "host/providers/SystemFiles.h"
 
 namespace emstatus::host {
@@ -36,20 +35,16 @@ struct DiskFacts {
   std::optional<std::uint64_t> lifeUsed;
 };
 
-/// What is remembered of a disk from read to read.
-struct DiskMemory {
-  using Clock = std::chrono::steady_clock;
-  struct Counter {
-    std::optional<std::uint64_t> last;
-    std::deque<std::pair<Clock::time_point, std::uint64_t>> recent;
-  };
-  Counter failures;
-  Counter timeouts;
-};
-
 /// For how long failed commands are told, and how many of them are.
 inline constexpr std::chrono::hours kDiskWindow{1};
 inline constexpr std::uint64_t kDiskFailures = 10;
+
+/// What is remembered of a disk from read to read.
+struct DiskMemory {
+  using Clock = std::chrono::steady_clock;
+  RecentCount failures{kDiskWindow};
+  RecentCount timeouts{kDiskWindow};
+};
 
 /// Reads what the kernel tells of a disk by its name ("sda"). [any thread]
 DiskFacts ReadDisk(SystemFiles& files, const std::string& name);

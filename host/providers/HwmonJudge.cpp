@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/providers/Blame.h"
 #include "host/providers/HwmonLimits.h"
 #include "host/providers/KernelText.h"
 #include "host/providers/ReadFault.h"
@@ -49,13 +50,6 @@ const char* AdviceFor(ObjectClass objectClass) {
 bool CustomerServices(ObjectClass objectClass) {
   return objectClass == ObjectClass::Temperature || objectClass == ObjectClass::Fan ||
          objectClass == ObjectClass::Intrusion || objectClass == ObjectClass::Humidity;
-}
-
-void Blame(Reading& reading, Condition condition, std::string reason) {
-  if (condition > reading.condition) {
-    reading.condition = condition;
-    reading.reason = std::move(reason);
-  }
 }
 
 std::string Expectation(const Case& the, const HwmonLimit& limit) {

@@ -1,9 +1,11 @@
 #include "host/providers/MdJudge.h"
 
+#include <algorithm>
 #include <set>
 #include <utility>
 #include <vector>
 
+#include "host/providers/Blame.h"
 #include "host/providers/MdLayout.h"
 #include "host/providers/ReadFault.h"
 #include "host/providers/ValueText.h"
@@ -30,10 +32,6 @@ struct Standing {
 std::string SlotText(const std::string& member, const MdMemory& memory) {
   const auto slot = memory.slots.find(member);
   return member + (slot == memory.slots.end() ? "" : Format(" (slot %u)", slot->second));
-}
-
-void Join(std::string& list, const std::string& item) {
-  list += (list.empty() ? "" : ", ") + item;
 }
 
 std::string ProgressText(const MdArray& array) {
@@ -85,7 +83,7 @@ void NameMissing(Standing& standing, const MdArray& array, const MdMemory& memor
   for (const MdMember& member : array.members) {
     const auto old = memory.slots.find(member.name);
     if (member.IsThrownOut()) {
-      Join(standing.thrownOut, SlotText(member.name, memory));
+      AddToList(standing.thrownOut, SlotText(member.name, memory));
       if (old != memory.slots.end()) {
         taken.insert(old->second);
       }
@@ -97,7 +95,7 @@ void NameMissing(Standing& standing, const MdArray& array, const MdMemory& memor
   }
   for (std::uint32_t slot = 0; allTold && slot < standing.disks.value_or(0); ++slot) {
     if (!taken.contains(slot)) {
-      Join(standing.emptySlots, std::to_string(slot));
+      AddToList(standing.emptySlots, std::to_string(slot));
     }
   }
 }
@@ -118,12 +116,6 @@ Standing StandingOf(const MdArray& array, const MdMemory& memory) {
 std::string MissingText(const Standing& standing) {
   return (standing.thrownOut.empty() ? "" : "; faulty: " + standing.thrownOut) +
          (standing.emptySlots.empty() ? "" : "; nothing in slot " + standing.emptySlots);
-}
-
-void Blame(Reading& reading, Condition condition, std::string reason, std::string advice) {
-  reading.condition = condition;
-  reading.reason = std::move(reason);
-  reading.advice = std::move(advice);
 }
 
 std::string ReplaceAdvice(const Standing& standing) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/providers/Blame.h"
 #include "host/providers/ReadFault.h"
 #include "host/providers/ValueText.h"
 
@@ -14,14 +15,6 @@ constexpr char kLookAtCable[] = "look at the cable, the port of the switch and t
 
 std::string SpeedText(std::int64_t speed) {
   return ValueText(static_cast<double>(speed) * 1e6, Unit::BitPerSecond);
-}
-
-void Blame(Reading& reading, Condition condition, std::string reason, std::string advice) {
-  if (condition > reading.condition) {
-    reading.condition = condition;
-    reading.reason = std::move(reason);
-    reading.advice = std::move(advice);
-  }
 }
 
 const char* DownText(const LinkFacts& link) {
@@ -113,10 +106,6 @@ bool WorksIn(const BondFacts& bond, const LinkFacts& member) {
          member.aggregator == bond.aggregator;
 }
 
-void Join(std::string& list, const std::string& item) {
-  list += (list.empty() ? "" : ", ") + item;
-}
-
 bool HasNoPartner(const BondFacts& bond) {
   return !bond.partner.empty() && bond.partner.find_first_not_of("0:") == std::string::npos;
 }
@@ -148,11 +137,11 @@ BondCount CountMembers(const LinkFacts& bond, const std::vector<LinkFacts>& memb
   BondCount count{{bond.name, memory.members, bond.bond->minLinks, 0}, "", ""};
   for (const LinkFacts& member : members) {
     if (member.error != 0) {
-      Join(count.unknown, member.name);
+      AddToList(count.unknown, member.name);
     } else if (WorksIn(*bond.bond, member)) {
       ++count.group.present;
     } else {
-      Join(count.down, member.name);
+      AddToList(count.down, member.name);
     }
   }
   return count;

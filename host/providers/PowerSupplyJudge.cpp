@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/providers/Blame.h"
 #include "host/providers/KernelText.h"
 #include "host/providers/ReadFault.h"
 #include "host/providers/ValueText.h"
@@ -39,14 +40,6 @@ std::string Text(const PowerSupplyValues& values, const char* name) {
 std::optional<double> Number(const PowerSupplyValues& values, const char* name) {
   const auto number = ParseInteger(Text(values, name));
   return number ? std::optional(static_cast<double>(*number)) : std::nullopt;
-}
-
-void Blame(Reading& reading, Condition condition, std::string reason, const char* advice) {
-  if (condition > reading.condition) {
-    reading.condition = condition;
-    reading.reason = std::move(reason);
-    reading.advice = advice;
-  }
 }
 
 void JudgeHealth(Reading& reading, const PowerSupplyValues& values) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/providers/Blame.h"
 #include "host/providers/ValueText.h"
 
 namespace emstatus::host {
@@ -26,14 +27,6 @@ constexpr WarningRow kNvmeWarnings[] = {
     {0x10, Condition::Warning, "the backup of the drive's volatile memory has failed"},
     {0x02, Condition::Warning, "the drive says that its temperature is beyond its limits"},
 };
-
-void Blame(Reading& reading, Condition condition, std::string reason, const char* advice) {
-  if (condition > reading.condition) {
-    reading.condition = condition;
-    reading.reason = std::move(reason);
-    reading.advice = advice;
-  }
-}
 
 }  // namespace
 

@@ -79,4 +79,8 @@ std::string SpanText(double seconds) {
   return Format("%.0f days", std::floor(seconds / 86400));
 }
 
+void AddToList(std::string& list, const std::string& item) {
+  list += (list.empty() ? "" : ", ") + item;
+}
+
 }  // namespace emstatus::host

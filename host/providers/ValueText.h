@@ -16,4 +16,7 @@ std::string ValueText(double value, Unit unit);
 /// A time span in its largest whole unit: "45 s", "12 min", "5 h", "3 days". [any thread]
 std::string SpanText(double seconds);
 
+/// Adds to a list for people: "sda, sdb". [any thread]
+void AddToList(std::string& list, const std::string& item);
+
 }  // namespace emstatus::host
