@@ -3,7 +3,7 @@
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # What a machine with nothing but git needs for each task (Debian 12).
-packages_build=(g++ cmake ninja-build pkg-config nlohmann-json3-dev libcli11-dev libsystemd-dev libgtest-dev libexpat1-dev)
+packages_build=(g++ cmake ninja-build pkg-config nlohmann-json3-dev libcli11-dev libsystemd-dev libgtest-dev libexpat1-dev zlib1g-dev)
 packages_clang=("${packages_build[@]}" clang libclang-rt-dev llvm)
 packages_format=(git clang-format)
 packages_tidy=("${packages_clang[@]}" clang-tidy)

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/commands/RunCompanion.h"
 #include "host/commands/RunningHost.h"
 #include "host/commands/StatusService.h"
 #include "host/led/StatusLed.h"
@@ -46,12 +47,13 @@ std::unique_ptr<StatusLed> MakeLed(const RunOptions& options) {
 
 class Run {
  public:
-  explicit Run(const RunOptions& options)
+  Run(const RunOptions& options, const RunCompanion& companion)
       : options_(options),
+        companion_(companion),
         colours_(!options.json && StandardOutputTakesColours()),
         service_(options.once ? ServiceOptions{"", true} : options.service),
         led_(MakeLed(options)),
-        host_(options.host) {}
+        host_(options.host, companion.traffic) {}
 
   int Once();
   int Forever();
@@ -64,6 +66,7 @@ class Run {
   void ShowSimulation(const Notice& scanEnd, const Report& report);
 
   const RunOptions& options_;
+  const RunCompanion& companion_;
   const bool colours_;
   // From before the host's start, so that whoever asks meanwhile waits for its first scan.
   StatusService service_;
@@ -73,6 +76,7 @@ class Run {
   std::vector<StatusChange> pending_;
   SimulationState simulation_;
   bool treeShown_ = false;
+  bool over_ = false;
 };
 
 void Run::Show(const Report& report) const {
@@ -143,6 +147,7 @@ void Run::HandleNotice(const Notice& notice) {
     pending_.push_back(std::move(*change));
   }
   if (notice.kind == Notice::Kind::ScanEnd) {
+    over_ = !companion_.scanEnds();
     HandleScan(notice);
   } else if (notice.kind == Notice::Kind::Changed && treeShown_) {
     host_.WakeUp();
@@ -150,15 +155,33 @@ void Run::HandleNotice(const Notice& notice) {
 }
 
 int Run::Forever() {
-  while (!host_.Stopped()) {
-    for (const Notice& notice : host_.Wait(std::nullopt)) {
+  using Clock = std::chrono::steady_clock;
+  companion_.started();
+  const auto end = companion_.limit ? std::optional(Clock::now() + *companion_.limit) : std::nullopt;
+  while (!host_.Stopped() && !over_) {
+    const auto rest =
+        end ? std::optional(std::chrono::ceil<std::chrono::milliseconds>(*end - Clock::now())) : std::nullopt;
+    for (const Notice& notice : host_.Wait(rest)) {
       HandleNotice(notice);
+      if (over_) {
+        break;
+      }
     }
+    over_ = over_ || (end && Clock::now() >= *end);
   }
   return 0;
 }
 
 }  // namespace
+
+int RunAccompanied(const HostOptions& options, bool json, const RunCompanion& companion) {
+  RunOptions runOptions;
+  runOptions.host = options;
+  runOptions.json = json;
+  // One that only records does not stand in for the emhost that runs.
+  runOptions.service.none = true;
+  return Run(runOptions, companion).Forever();
+}
 
 std::function<int()> SetUpRunCommand(CLI::App& command) {
   const auto options = std::make_shared<RunOptions>();
@@ -186,7 +209,8 @@ std::function<int()> SetUpRunCommand(CLI::App& command) {
       "  emhost run --unit ssh.service --process nginx         what must run besides\n"
       "  emhost run --provider scenario:examples/server.json   a server that is played");
   return [options] {
-    Run run(*options);
+    const RunCompanion companion;
+    Run run(*options, companion);
     return options->once ? run.Once() : run.Forever();
   };
 }

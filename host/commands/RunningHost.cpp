@@ -51,7 +51,7 @@ std::unique_ptr<Machine> MakeMachine(const HostOptions& options) {
   return std::make_unique<ProviderMachine>(MakeLinuxProviders(linux));
 }
 
-RunningHost::RunningHost(const HostOptions& options) {
+RunningHost::RunningHost(const HostOptions& options, TrafficObserver* traffic) : traffic_(traffic) {
   const std::string module = AbsoluteModule(options.module);
   const std::string folder =
       FindConfiguration(options.configuration, ConfigurationCandidates(ProgramFolder()));
@@ -67,7 +67,8 @@ RunningHost::RunningHost(const HostOptions& options) {
   FollowSimulation();
   host_ = std::make_unique<Host>(
       *machine_, *notices_,
-      Host::ScanObserver{[this] { simulation_->ScanBegins(); }, [this] { simulation_->ScanEnds(); }});
+      Host::ScanObserver{[this] { simulation_->ScanBegins(); }, [this] { simulation_->ScanEnds(); }},
+      traffic_);
   library_ = std::make_unique<ModuleLibrary>(module);
   // A provider that is stuck may outlive all of this; it keeps the queue.
   machine_->Start([notices = notices_] { notices->Push(Notice{}); });
@@ -76,6 +77,9 @@ RunningHost::RunningHost(const HostOptions& options) {
   session_ = std::make_unique<ModuleSession>(library_->Module(), *host_, *machine_);
   places_ = std::make_unique<ComponentPlaces>(*session_);
   static_cast<void>(machine_->WaitUntilRead(kFirstReading));
+  if (traffic_ != nullptr) {
+    traffic_->OnStart(*session_, *machine_);
+  }
   session_->Run();
 }
 
@@ -117,9 +121,16 @@ void RunningHost::FollowScans(const std::vector<Notice>& notices) {
   }
 }
 
+void RunningHost::WakeUp() {
+  if (traffic_ != nullptr) {
+    traffic_->OnWakeUp();
+  }
+  session_->WakeUp();
+}
+
 void RunningHost::FollowSimulation() {
   if (simulationWatch_->Take() && session_) {
-    session_->WakeUp();
+    WakeUp();
   }
   if (const auto failure = simulationWatch_->TakeFailure()) {
     std::cerr << "emhost: " << *failure << std::endl;

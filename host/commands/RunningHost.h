@@ -39,7 +39,8 @@ void SetTraceLevel(int level);
 class RunningHost {
  public:
   /// Throws a std::runtime_error that tells people what is wrong and what to do.
-  explicit RunningHost(const HostOptions& options);
+  /// `traffic`, which may be missing, must outlive this.
+  explicit RunningHost(const HostOptions& options, TrafficObserver* traffic = nullptr);
   RunningHost(const RunningHost&) = delete;
   RunningHost& operator=(const RunningHost&) = delete;
   ~RunningHost();
@@ -50,7 +51,7 @@ class RunningHost {
   bool Stopped() const { return stopped_; }
 
   /// Makes the module scan at once, because the machine has changed.
-  void WakeUp() { session_->WakeUp(); }
+  void WakeUp();
 
   /// The state after the last scan; `led` is what the scan set. Throws a std::runtime_error when the module
   /// gives no tree that can be read.
@@ -72,6 +73,7 @@ class RunningHost {
   void FollowSimulation();
   void FollowScans(const std::vector<Notice>& notices);
 
+  TrafficObserver* const traffic_;
   // In the order of their making
   StopSignals signals_;
   StatusWords words_;

@@ -1,9 +1,12 @@
 #include "host/commands/Subcommands.h"
 
 #include "host/commands/CheckConfigCommand.h"
+#include "host/commands/CompareCommand.h"
 #include "host/commands/EventsCommand.h"
 #include "host/commands/FaultsCommand.h"
 #include "host/commands/JsonCommand.h"
+#include "host/commands/RecordCommand.h"
+#include "host/commands/ReplayCommand.h"
 #include "host/commands/RunCommand.h"
 #include "host/commands/SimulateCommand.h"
 #include "host/commands/TreeCommand.h"
@@ -21,6 +24,9 @@ constexpr Subcommand kSubcommands[] = {
      SetUpCheckConfigCommand},
     {"faults", "Show what each single fault does, part by part: a table of the configuration",
      SetUpFaultsCommand},
+    {"record", "As run, and keep all that passes between host and module in a file", SetUpRecordCommand},
+    {"replay", "Feed a recording to the module again, and compare what comes out", SetUpReplayCommand},
+    {"compare", "Show when two configurations disagree on a recording", SetUpCompareCommand},
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 
@@ -11,6 +12,9 @@ class ScanGate {
  public:
   /// Waits to be let through; at once when the gate is open. [the module's thread, as a scan begins]
   void Pass();
+
+  /// Waits until the module is held; false when it does not come within `limit`. [any thread]
+  bool WaitUntilHeld(std::chrono::milliseconds limit);
 
   /// Lets one scan through. [any thread]
   void LetOne();
@@ -24,6 +28,7 @@ class ScanGate {
   // Guarded by lock_
   unsigned let_ = 0;
   bool open_ = false;
+  bool holds_ = false;
 };
 
 }  // namespace emstatus::host

@@ -39,6 +39,9 @@ Answer Host::Dispatch(const Request& request, std::chrono::milliseconds timeout)
       // The first step of each scan.
       machine_.OnScanBegin();
       scans_.begins();
+      if (traffic_ != nullptr) {
+        traffic_->OnScanBegin();
+      }
       return Answer::Of(kSignalCount);
     case ScanCommand::SignalPurpose:
       return request.object == kErrorLed ? Answer::Of(kPurposeErrorLed)
@@ -49,7 +52,18 @@ Answer Host::Dispatch(const Request& request, std::chrono::milliseconds timeout)
       machine_.Refresh();
       return {};
   }
-  return machine_.Ask(request, timeout);
+  return AskMachine(request, timeout);
+}
+
+Answer Host::AskMachine(const Request& request, std::chrono::milliseconds timeout) {
+  using Clock = std::chrono::steady_clock;
+  const auto begin = traffic_ == nullptr ? Clock::time_point() : Clock::now();
+  Answer answer = machine_.Ask(request, timeout);
+  if (traffic_ != nullptr) {
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
+    traffic_->OnAnswer(request, answer, took);
+  }
+  return answer;
 }
 
 /// The module sets the LED as the last step of each scan, so this is also how the host sees a scan end.
@@ -62,6 +76,9 @@ Answer Host::SetSignal(const Request& request) {
   Notice notice;
   notice.kind = Notice::Kind::ScanEnd;
   notice.led = *value & 0xFF;
+  if (traffic_ != nullptr) {
+    traffic_->OnScanEnd(notice.led);
+  }
   notices_.Push(std::move(notice));
   return {};
 }
@@ -71,6 +88,9 @@ void Host::SendEvent(CIExtensionModule*, HostCommand& command) {
     Notice notice;
     notice.kind = Notice::Kind::Event;
     notice.event = ReadRequest(command);
+    if (traffic_ != nullptr) {
+      traffic_->OnEvent(notice.event);
+    }
     notices_.Push(std::move(notice));
   } catch (const std::exception&) {
     // Out of memory: the event is lost, the next tree still tells the status.

@@ -10,6 +10,7 @@
 
 #include "host/machine/Machine.h"
 #include "host/module/NoticeQueue.h"
+#include "host/module/TrafficObserver.h"
 
 namespace emstatus::host {
 
@@ -28,9 +29,9 @@ class Host final : public HostInterface {
     std::function<void()> ends = [] {};
   };
 
-  /// Machine and queue must outlive the host.
-  Host(Machine& machine, NoticeQueue& notices, ScanObserver scans)
-      : machine_(machine), notices_(notices), scans_(std::move(scans)) {}
+  /// Machine, queue and observer, which may be missing, must outlive the host.
+  Host(Machine& machine, NoticeQueue& notices, ScanObserver scans, TrafficObserver* traffic = nullptr)
+      : machine_(machine), notices_(notices), scans_(std::move(scans)), traffic_(traffic) {}
 
   void SendCommand(CIExtensionModule* module, HostCommand& command, std::uint32_t zero) override;
   bool SendRequest(CIExtensionModule* module, HostCommand& command, std::uint32_t timeoutMs) override;
@@ -46,11 +47,13 @@ class Host final : public HostInterface {
 
  private:
   Answer Dispatch(const Request& request, std::chrono::milliseconds timeout);
+  Answer AskMachine(const Request& request, std::chrono::milliseconds timeout);
   Answer SetSignal(const Request& request);
 
   Machine& machine_;
   NoticeQueue& notices_;
   const ScanObserver scans_;
+  TrafficObserver* const traffic_;
   std::atomic<bool> closed_{false};
 };
 

@@ -195,6 +195,11 @@ SimulationState ReadSimulationState(const JsonNode& json) {
 
 }  // namespace
 
+ObjectView ReadObjectJson(const nlohmann::json& json) {
+  const std::string source = "the object";
+  return ReadObject(JsonNode(json, source));
+}
+
 Report ReadReport(const nlohmann::json& json) {
   const std::string source = "the report";
   const JsonNode document(json, source);

@@ -15,4 +15,7 @@ Report ReadReport(const nlohmann::json& json);
 /// The words that such a report has for the statuses in it; plain ones for all others.
 StatusWords ReadStatusWords(const nlohmann::json& json);
 
+/// The same for an object alone, as ObjectJson makes it.
+ObjectView ReadObjectJson(const nlohmann::json& json);
+
 }  // namespace emstatus::host
