@@ -10,8 +10,6 @@
 namespace emstatus::host {
 namespace {
 
-using nlohmann::json;
-
 constexpr int kDeepest = 64;
 constexpr std::uint32_t kFirstCapacity = 16;
 
@@ -24,7 +22,7 @@ std::string_view TextOf(const CommandValue& value) {
   return isText ? std::string_view(value.string.text, value.string.length) : std::string_view{};
 }
 
-json NumberToJson(const CommandValue& value) {
+nlohmann::json NumberToJson(const CommandValue& value) {
   if ((value.tag & tagbit::kFitsInt32) != 0) {
     return std::int32_t(value.signedNumber);
   }
@@ -40,7 +38,7 @@ json NumberToJson(const CommandValue& value) {
   return value.floatNumber;
 }
 
-json ToJsonAt(const CommandValue& value, int depth) {
+nlohmann::json ToJsonAt(const CommandValue& value, int depth) {
   if (depth > kDeepest) {
     return nullptr;
   }
@@ -54,7 +52,7 @@ json ToJsonAt(const CommandValue& value, int depth) {
     case CommandKind::String:
       return TextOf(value);
     case CommandKind::Object: {
-      json object = json::object();
+      nlohmann::json object = nlohmann::json::object();
       for (std::uint32_t index = 0; index < value.object.count; ++index) {
         const CommandMember& member = value.object.members[index];
         object.emplace(TextOf(member.name), ToJsonAt(member.value, depth + 1));
@@ -62,7 +60,7 @@ json ToJsonAt(const CommandValue& value, int depth) {
       return object;
     }
     case CommandKind::Array: {
-      json array = json::array();
+      nlohmann::json array = nlohmann::json::array();
       for (std::uint32_t index = 0; index < value.array.count; ++index) {
         array.push_back(ToJsonAt(value.array.elements[index], depth + 1));
       }
@@ -141,7 +139,7 @@ void AppendMember(CommandValue& object, CommandValue name, CommandValue value) {
   object.object.members[object.object.count++] = {name, value};
 }
 
-CommandValue MakeObject(const json& members) {
+CommandValue MakeObject(const nlohmann::json& members) {
   CommandValue object = Tagged(tag::kObject);
   for (const auto& [name, member] : members.items()) {
     AppendMember(object, MakeText(name), MakeValue(member));
@@ -149,9 +147,9 @@ CommandValue MakeObject(const json& members) {
   return object;
 }
 
-CommandValue MakeArray(const json& elements) {
+CommandValue MakeArray(const nlohmann::json& elements) {
   CommandValue array = Tagged(tag::kArray);
-  for (const json& element : elements) {
+  for (const nlohmann::json& element : elements) {
     Grow(array.array.elements, array.array.count, array.array.capacity);
     array.array.elements[array.array.count++] = MakeValue(element);
   }
@@ -160,29 +158,29 @@ CommandValue MakeArray(const json& elements) {
 
 }  // namespace
 
-json ToJson(const CommandValue& value) {
+nlohmann::json ToJson(const CommandValue& value) {
   return ToJsonAt(value, 0);
 }
 
-CommandValue MakeValue(const json& source) {
+CommandValue MakeValue(const nlohmann::json& source) {
   switch (source.type()) {
-    case json::value_t::boolean:
+    case nlohmann::json::value_t::boolean:
       return Tagged(source.get<bool>() ? tag::kTrue : tag::kFalse);
-    case json::value_t::number_integer:
+    case nlohmann::json::value_t::number_integer:
       return source.get<std::int64_t>() < 0 ? MakeSigned(source.get<std::int64_t>())
                                             : MakeUnsigned(source.get<std::uint64_t>());
-    case json::value_t::number_unsigned:
+    case nlohmann::json::value_t::number_unsigned:
       return MakeUnsigned(source.get<std::uint64_t>());
-    case json::value_t::number_float: {
+    case nlohmann::json::value_t::number_float: {
       CommandValue value = Tagged(std::uint32_t(CommandKind::Number) | tagbit::kNumber);
       value.floatNumber = source.get<double>();
       return value;
     }
-    case json::value_t::string:
+    case nlohmann::json::value_t::string:
       return MakeText(source.get_ref<const std::string&>());
-    case json::value_t::object:
+    case nlohmann::json::value_t::object:
       return MakeObject(source);
-    case json::value_t::array:
+    case nlohmann::json::value_t::array:
       return MakeArray(source);
     default:
       return Tagged(tag::kNull);

@@ -9,11 +9,9 @@
 namespace emstatus::host {
 namespace {
 
-using nlohmann::json;
-
 constexpr int kDeepest = 64;
 
-StatusNode ReadNode(const json& object, int depth) {
+StatusNode ReadNode(const nlohmann::json& object, int depth) {
   if (!object.is_object() || depth > kDeepest) {
     throw std::runtime_error("the module's status tree cannot be read: a node is no object");
   }
@@ -28,7 +26,7 @@ StatusNode ReadNode(const json& object, int depth) {
     node.objectStatus = std::uint32_t(object["ObjStatus"].get<std::int64_t>());
   }
   node.associationKey = object.value("Assoc", "");
-  for (const json& child : object.value("Children", json::array())) {
+  for (const nlohmann::json& child : object.value("Children", nlohmann::json::array())) {
     node.children.push_back(ReadNode(child, depth + 1));
   }
   return node;
@@ -62,8 +60,8 @@ const StatusNode* FindChild(const StatusNode& parent, std::string_view designati
 
 StatusNode ReadStatusTree(std::string_view text) {
   try {
-    return ReadNode(json::parse(CleanUtf8(text)), 0);
-  } catch (const json::exception& error) {
+    return ReadNode(nlohmann::json::parse(CleanUtf8(text)), 0);
+  } catch (const nlohmann::json::exception& error) {
     throw std::runtime_error(std::string("the module's status tree cannot be read: ") + error.what());
   }
 }
