@@ -4,6 +4,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # What a machine with nothing but git needs for each task (Debian 12).
 packages_build=(g++ cmake ninja-build pkg-config nlohmann-json3-dev libcli11-dev libsystemd-dev libgtest-dev libexpat1-dev zlib1g-dev)
+packages_bench=("${packages_build[@]}" libbenchmark-dev)
 packages_clang=("${packages_build[@]}" clang libclang-rt-dev llvm)
 packages_format=(git clang-format)
 packages_tidy=("${packages_clang[@]}" clang-tidy)
@@ -14,7 +15,8 @@ readonly cannot=70
 # packages_for PRESET: what building it needs, in the array `packages`.
 packages_for() {
   case $1 in
-    release | bench) packages=("${packages_build[@]}") ;;
+    release) packages=("${packages_build[@]}") ;;
+    bench) packages=("${packages_bench[@]}") ;;
     *) packages=("${packages_clang[@]}") ;;
   esac
 }
