@@ -47,6 +47,7 @@ Program::Program() : app_("emhost: shows the health of this machine through an e
     CLI::App* command = app_.add_subcommand(row.name, row.description);
     commands_.emplace_back(command, row.setUp(*command));
     command->set_version_flag("--version", version);
+    checkPlugin_ = row.isCheckPlugin ? command : checkPlugin_;
   }
 }
 
@@ -62,6 +63,10 @@ int Program::Run(int argc, const char* const* argv) {
       }
     }
   } catch (const CLI::ParseError& error) {
+    if (checkPlugin_ != nullptr && checkPlugin_->parsed()) {
+      app_.exit(error, std::cout, std::cout << (error.get_exit_code() == 0 ? "" : "UNKNOWN - "));
+      return kUnknownStatus;
+    }
     return app_.exit(error) == 0 ? 0 : kUnknownStatus;
   } catch (const std::exception& error) {
     std::cerr << "emhost: " << error.what() << std::endl;

@@ -22,6 +22,7 @@ class Program {
  private:
   CLI::App app_;
   std::vector<std::pair<CLI::App*, std::function<int()>>> commands_;
+  const CLI::App* checkPlugin_ = nullptr;
 };
 
 }  // namespace emstatus::host

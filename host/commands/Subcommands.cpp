@@ -1,8 +1,10 @@
 #include "host/commands/Subcommands.h"
 
+#include "host/commands/CheckCommand.h"
 #include "host/commands/CheckConfigCommand.h"
 #include "host/commands/CompareCommand.h"
 #include "host/commands/EventsCommand.h"
+#include "host/commands/ExplainCommand.h"
 #include "host/commands/FaultsCommand.h"
 #include "host/commands/JsonCommand.h"
 #include "host/commands/RecordCommand.h"
@@ -20,6 +22,8 @@ constexpr Subcommand kSubcommands[] = {
     {"json", "Show the same as JSON", SetUpJsonCommand},
     {"events", "Show what has happened in the running emhost, and go on with --follow", SetUpEventsCommand},
     {"simulate", "Force the status of a part for a while, to see what would happen", SetUpSimulateCommand},
+    {"explain", "Tell why a part, or the whole system, has its status, and what to do", SetUpExplainCommand},
+    {"check", "A check plugin: one line, performance data, exit code", SetUpCheckCommand, true},
     {"check-config", "Tell what is wrong with a configuration, also what the module passes over in silence",
      SetUpCheckConfigCommand},
     {"faults", "Show what each single fault does, part by part: a table of the configuration",

@@ -13,6 +13,9 @@ struct Subcommand {
   const char* name;
   const char* description;
   std::function<int()> (*setUp)(CLI::App& command);
+  /// Who calls it reads standard output alone, and takes every exit code but 3 for a status: help too ends
+  /// with 3, and what is wrong with the options is told on standard output.
+  bool isCheckPlugin = false;
 };
 
 /// All of them, in the order in which help lists them.

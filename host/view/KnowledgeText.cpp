@@ -5,6 +5,7 @@
 #include "host/machine/ReadingText.h"
 #include "host/machine/TimeText.h"
 #include "host/machine/Utf8.h"
+#include "host/view/AssociationKey.h"
 
 namespace emstatus::host {
 
@@ -43,6 +44,39 @@ std::string SinceText(const StatusNode& node, const Report& report) {
   return report.begun && *report.begun < report.time - std::chrono::seconds(1)
              ? "at least since " + LocalText(*report.begun) + ", the first scan"
              : "not known: this is the first scan";
+}
+
+std::string RawStateWord(const StatusNode& leaf) {
+  const auto question = QuestionOfKey(leaf.associationKey);
+  if (!leaf.objectStatus ||
+      (question != Question::State && question != Question::StateAbove && question != Question::StateBelow)) {
+    return {};
+  }
+  constexpr struct {
+    RawState state;
+    const char* word;
+  } kWords[] = {{RawState::Good, "good"},
+                {RawState::Warning, "warning"},
+                {RawState::Failed, "failed"},
+                {RawState::Late, "late"},
+                {RawState::SensorFault, "sensor fault"},
+                {RawState::Implausible, "implausible"},
+                {RawState::Inactive, "inactive"},
+                {RawState::Lost, "lost"}};
+  for (const auto& row : kWords) {
+    if (std::uint32_t(row.state) == *leaf.objectStatus) {
+      return row.word;
+    }
+  }
+  return {};
+}
+
+std::string RawValueText(const StatusNode& leaf) {
+  if (!leaf.objectStatus) {
+    return {};
+  }
+  const std::string word = RawStateWord(leaf);
+  return std::to_string(std::int32_t(*leaf.objectStatus)) + (word.empty() ? "" : " (" + word + ")");
 }
 
 std::string RuleText(const Rule& rule) {

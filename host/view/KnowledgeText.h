@@ -20,6 +20,12 @@ std::string StatusText(const StatusNode& node, const std::string& statusWord);
 /// why it is not known where only one scan was made.
 std::string SinceText(const StatusNode& node, const Report& report);
 
+/// What the raw value of a leaf means ("lost"), where it was asked for its state; else empty.
+std::string RawStateWord(const StatusNode& leaf);
+
+/// The same behind the value: "14 (lost)"; empty for a node that has none.
+std::string RawValueText(const StatusNode& leaf);
+
 /// "EM_STATUS.ini:98, [Component.Fans] Status.Failed".
 std::string RuleText(const Rule& rule);
 

@@ -76,6 +76,16 @@ void AddKnowledge(ordered_json& json, const StatusNode& node) {
 }
 
 ordered_json NodeJson(const StatusNode& node, const StatusWords& words) {
+  ordered_json json = NodeMembersJson(node, words);
+  for (const StatusNode& child : node.children) {
+    json["Children"].push_back(NodeJson(child, words));
+  }
+  return json;
+}
+
+}  // namespace
+
+ordered_json NodeMembersJson(const StatusNode& node, const StatusWords& words) {
   ordered_json json;
   json["Id"] = node.id;
   json["Desig"] = node.designation;
@@ -99,13 +109,8 @@ ordered_json NodeJson(const StatusNode& node, const StatusWords& words) {
   if (node.object) {
     json["Object"] = ObjectJson(*node.object);
   }
-  for (const StatusNode& child : node.children) {
-    json["Children"].push_back(NodeJson(child, words));
-  }
   return json;
 }
-
-}  // namespace
 
 ordered_json ObjectJson(const ObjectView& object) {
   const Reading& reading = object.reading;

@@ -11,6 +11,9 @@ namespace emstatus::host {
 /// stand for an object, its reading. docs/HOST.md describes it. [any thread]
 nlohmann::ordered_json TreeJson(const Report& report, const StatusWords& words);
 
+/// A node's part of it, without its children.
+nlohmann::ordered_json NodeMembersJson(const StatusNode& node, const StatusWords& words);
+
 /// An object's part of it.
 nlohmann::ordered_json ObjectJson(const ObjectView& object);
 

@@ -7,7 +7,7 @@
 namespace emstatus::host {
 namespace {
 
-constexpr const char* kConfiguration = R"([Info]
+constexpr const char* kRulesConfiguration = R"([Info]
 Filename=EM_STATUS.ini
 LayoutVersion=4
 [Configuration]
@@ -53,7 +53,7 @@ StatusRequest=<CMD Context="TRIQ" OC="0402" OE="0002"/>
 Status.Good=OK 0
 )";
 
-constexpr const char* kTree = R"({"Id":"root","Children":[{"Id":"S","Children":[
+constexpr const char* kRulesTree = R"({"Id":"root","Children":[{"Id":"S","Children":[
  {"Id":"Links","Children":[
   {"Id":"000-00","Status":3,"ObjStatus":2,"Assoc":"TRIQ:0701-0000-0002"},
   {"Id":"000-01","Status":1,"ObjStatus":0,"Assoc":"TRIQ:0701-0001-0002"},
@@ -71,8 +71,8 @@ std::string Link(const char* name, const char* group, int needed, const char* st
 
 StatusNode Applied(const std::string& objects) {
   ScenarioMachine machine(ParseScenario(R"({"format": 1, "name": "t", "objects": [)" + objects + "]}", "t"));
-  const Configuration configuration = ReadConfiguration(IniFile(kConfiguration));
-  StatusNode root = ReadStatusTree(kTree);
+  const Configuration configuration = ReadConfiguration(IniFile(kRulesConfiguration));
+  StatusNode root = ReadStatusTree(kRulesTree);
   NameNodes(root, [](auto&, auto&, auto, auto) { return std::string(); });
   AttachObjects(root, machine, 0);
   ApplyRules(root, configuration);
