@@ -167,6 +167,24 @@ std::vector<ObjectTable::Key> ObjectTable::Keys(ObjectClass objectClass, std::ui
   return keys;
 }
 
+std::uint32_t ObjectTable::DismissGone(ObjectClass objectClass, std::uint32_t cabinet) {
+  const std::lock_guard guard(lock_);
+  std::uint32_t dismissed = 0;
+  const auto found = slots_.find({objectClass, cabinet});
+  if (found == slots_.end()) {
+    return 0;
+  }
+  for (Slot& slot : found->second) {
+    if (!slot.told && slot.reading.quality == Quality::Lost) {
+      slot.reading.mayGo = true;
+      slot.reading.quality = Quality::Inactive;
+      slot.reading.reason = "no longer there";
+      ++dismissed;
+    }
+  }
+  return dismissed;
+}
+
 ObjectView ObjectTable::View(const ObjectAddress& address, const Slot& slot, Clock::time_point now) const {
   ObjectView view{address, slot.reading, Milliseconds(now - slot.takenAt)};
   const auto lateAfter = slot.reading.lateAfter.value_or(providers_.at(slot.key.provider).lateAfter);

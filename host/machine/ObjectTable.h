@@ -49,6 +49,10 @@ class ObjectTable {
   /// The objects of a class that providers know: not those of HealthSource.
   std::vector<Key> Keys(ObjectClass objectClass, std::uint32_t cabinet) const;
 
+  /// Takes those of the class that are gone for taken away on purpose: they become inactive. How many they
+  /// are.
+  std::uint32_t DismissGone(ObjectClass objectClass, std::uint32_t cabinet);
+
  private:
   struct Slot {
     Key key;

@@ -112,6 +112,7 @@ Answer ProviderMachine::Confirm(ObjectClass objectClass, std::uint32_t cabinet,
       ++cleared;
     }
   }
+  cleared += table_->DismissGone(objectClass, cabinet);
   // Not before all are asked: a read would make the rest wait.
   if (cleared != 0) {
     Refresh();

@@ -27,9 +27,9 @@ Reading LinkNamed(const std::string& name) {
 
 }  // namespace
 
-NetworkProvider::NetworkProvider(const FilesFactory& makeFiles, std::vector<std::string> required,
+NetworkProvider::NetworkProvider(const FilesFactory& makeFiles, const std::vector<std::string>& required,
                                  std::chrono::milliseconds patience)
-    : files_(makeFiles()), required_(std::move(required)), reads_(makeFiles, patience) {}
+    : files_(makeFiles()), required_(required.begin(), required.end()), reads_(makeFiles, patience) {}
 
 std::vector<Reading> NetworkProvider::Read(const ReadContext& context) {
   const std::vector<std::string> names = FindNames();
@@ -148,7 +148,7 @@ void NetworkProvider::TellMissing(std::vector<Reading>& readings, const std::vec
 }
 
 bool NetworkProvider::IsRequired(const std::string& name) const {
-  return Contains(required_, name);
+  return required_.contains(name);
 }
 
 bool NetworkProvider::IsTold(const LinkFacts& link) const {

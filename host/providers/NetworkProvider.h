@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,7 @@ namespace emstatus::host {
 class NetworkProvider final : public Provider {
  public:
   /// `required`: links that must be up whatever the administrator has set.
-  NetworkProvider(const FilesFactory& makeFiles, std::vector<std::string> required,
+  NetworkProvider(const FilesFactory& makeFiles, const std::vector<std::string>& required,
                   std::chrono::milliseconds patience = ReadLanes::kPatience);
 
   std::string_view Name() const override { return "network"; }
@@ -45,7 +46,7 @@ class NetworkProvider final : public Provider {
   std::string NewNameOf(const std::string& name, const Links& links) const;
 
   const std::unique_ptr<SystemFiles> files_;
-  const std::vector<std::string> required_;
+  const std::set<std::string> required_;
   DeviceReads<std::optional<LinkFacts>> reads_;
   std::map<std::string, LinkMemory> links_;
   std::map<std::string, BondMemory> bonds_;

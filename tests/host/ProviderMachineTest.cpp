@@ -63,6 +63,20 @@ TEST_F(ObjectTableTest, ObjectsKeepTheirNumbers) {
   EXPECT_EQ(State(1, 3), RawState::Good) << "it came back in its place";
 }
 
+TEST_F(ObjectTableTest, WhatIsGoneCanBeDismissedUntilItComesBack) {
+  Update({Fan("a"), Fan("b")}, 0);
+  EXPECT_EQ(table_.DismissGone(ObjectClass::Fan, 0), 0U);
+  Update({Fan("b")}, 1);
+  EXPECT_EQ(table_.DismissGone(ObjectClass::Fan, 0), 1U);
+  EXPECT_EQ(table_.DismissGone(ObjectClass::Fan, 0), 0U);
+  EXPECT_FALSE(Update({Fan("b")}, 2));
+  EXPECT_EQ(State(0, 2), RawState::Inactive);
+  EXPECT_EQ(State(1, 2), RawState::Good);
+  Update({Fan("a"), Fan("b")}, 3);
+  Update({Fan("b")}, 4);
+  EXPECT_EQ(State(0, 4), RawState::Lost) << "nobody has dismissed it this time";
+}
+
 TEST_F(ObjectTableTest, WhatMayGoBecomesInactive) {
   Reading pluggable = Fan("usb");
   pluggable.mayGo = true;

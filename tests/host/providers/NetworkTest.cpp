@@ -102,7 +102,7 @@ TEST(NetworkLinks, SpeedDuplexLossesAndDamage) {
 TEST(NetworkLinks, ARenamedLinkIsNotLostAndAHungOneIsLateAlone) {
   MachineFolder machine(Link("eth0", "up", true));
   machine.Write(Link("eth1", "up", true));
-  NetworkProvider provider(machine.Factory(), {"eth1"}, kImpatient);
+  NetworkProvider provider(machine.Factory(), {"eth1", "eth1"}, kImpatient);
   Texts expected = {"eth0 good 1 Gbit/s", "eth1 good 1 Gbit/s"};
   EXPECT_EQ(ReadUntil(provider, 0, expected), expected);
   machine.Remove("/sys/class/net/eth0");
