@@ -28,7 +28,7 @@ struct MeasuredTime {
   bool isSilence = false;
   Duration allowed{0};
   /// Nothing when it was not measured, or did not show in a multiple of what is allowed.
-  std::optional<Duration> taken;
+  std::optional<Duration> taken = std::nullopt;
   /// Why it was not measured.
   std::string why;
   /// For want of time.

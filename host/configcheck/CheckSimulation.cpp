@@ -10,7 +10,7 @@
 namespace emstatus::host {
 namespace {
 
-constexpr const char* kSimulationName = "EM_STATUS_simu.ini";
+constexpr const char* kSimulationToCheck = "EM_STATUS_simu.ini";
 constexpr const char* kParts = "Components";
 
 const std::vector<KnownSection>& SimulationSections() {
@@ -95,7 +95,7 @@ std::vector<Problem> CheckSimulation(std::string_view text, const Configuration&
   Problems problems(file);
   const IniFile ini(text);
   CheckLines(ini, SimulationSections(), problems);
-  if (ini.Value("Info", "Filename") != kSimulationName) {
+  if (ini.Value("Info", "Filename") != kSimulationToCheck) {
     problems.Error(PlaceOf(ini, "Info", "Filename"),
                    "it does not say Filename=EM_STATUS_simu.ini, so that nothing is forced",
                    "write Filename=EM_STATUS_simu.ini into [Info]");

@@ -23,13 +23,13 @@ struct DetectionBudget {
   /// A change is told to the module at once. Otherwise it waits for the next regular scan.
   bool isTold = false;
   /// From the moment at which emhost knows.
-  std::optional<Duration> inModule;
+  std::optional<Duration> inModule = std::nullopt;
   /// A part fails: it is read, then the module sees it.
-  std::optional<Duration> fault;
+  std::optional<Duration> fault = std::nullopt;
   /// A part is not answered for any more: its reading becomes late, which nothing tells to the module.
-  std::optional<Duration> silence;
+  std::optional<Duration> silence = std::nullopt;
   /// A part fails of a component that had none and was inactive.
-  std::optional<Duration> wasInactive;
+  std::optional<Duration> wasInactive = std::nullopt;
 };
 
 /// The module's regular pause between two scans, at its longest. [any thread]
