@@ -94,13 +94,16 @@ std::vector<HwmonChip> HwmonScan::Run(const std::vector<std::string>& classNames
                                       Clock::time_point now) {
   chips_.clear();
   taken_.clear();
+  silentNames_.clear();
   isWaiting_ = false;
   std::vector<std::string> folders;
   std::ranges::transform(classNames, std::back_inserter(folders),
                          [](const std::string& name) { return kClass + name; });
   // As the kernel counts them, so that hwmon10 does not come before hwmon9.
   std::ranges::stable_sort(folders, {}, &std::string::size);
-  ReadZones(now);
+  if (kind_ == HwmonKind::Board) {
+    ReadZones(now);
+  }
   const auto looks = LookAt(classLooks_, folders, now);
   std::set<std::string> borrowed;
   for (const std::string& folder : folders) {
@@ -109,6 +112,7 @@ std::vector<HwmonChip> HwmonScan::Run(const std::vector<std::string>& classNames
       // Nobody knows of what kind it is: one of the three tells it.
       if (kind_ == HwmonKind::Board) {
         const std::string name(BaseName(folder));
+        silentNames_.insert(name);
         chips_.push_back({{}, name, name, answer.waitingSince.value_or(now)});
       }
       continue;
@@ -120,7 +124,7 @@ std::vector<HwmonChip> HwmonScan::Run(const std::vector<std::string>& classNames
       Add(look);
     }
   }
-  for (const auto& [folder, answer] : LookAt(otherLooks_, Unlinked(searchDevices, classNames, now), now)) {
+  for (const auto& [folder, answer] : LookAt(otherLooks_, Unlinked(searchDevices, now), now)) {
     if (answer.sample) {
       Add(*answer.sample);
     }
@@ -162,8 +166,7 @@ void HwmonScan::ReadZones(Clock::time_point now) {
   }
 }
 
-std::vector<std::string> HwmonScan::Unlinked(bool searchDevices, const std::vector<std::string>& classNames,
-                                             Clock::time_point now) {
+std::vector<std::string> HwmonScan::Unlinked(bool searchDevices, Clock::time_point now) {
   const auto& answers = searchDevices ? search_.Read({{"devices", SearchDevices}}, now) : search_.Collected();
   std::vector<std::string> folders;
   for (const auto& [key, answer] : answers) {
@@ -171,7 +174,7 @@ std::vector<std::string> HwmonScan::Unlinked(bool searchDevices, const std::vect
     folders = answer.sample.value_or(std::vector<std::string>{});
   }
   std::erase_if(folders, [&](const std::string& folder) {
-    return taken_.contains(folder) || std::ranges::find(classNames, BaseName(folder)) != classNames.end();
+    return taken_.contains(folder) || silentNames_.contains(std::string(BaseName(folder)));
   });
   return folders;
 }

@@ -50,8 +50,7 @@ class HwmonScan {
   std::map<std::string, DeviceAnswer<HwmonLook>> LookAt(Looks& looks, const std::vector<std::string>& folders,
                                                         Clock::time_point now);
   void ReadZones(Clock::time_point now);
-  std::vector<std::string> Unlinked(bool searchDevices, const std::vector<std::string>& classNames,
-                                    Clock::time_point now);
+  std::vector<std::string> Unlinked(bool searchDevices, Clock::time_point now);
   void Add(const HwmonLook& look);
   bool MirrorsThermalZone(const HwmonLook& look) const;
 
@@ -65,6 +64,8 @@ class HwmonScan {
   std::vector<HwmonChip> chips_;
   /// Folders of the class's chips and of their devices.
   std::set<std::string> taken_;
+  /// Names of the class's chips that do not answer, so that it is not known where they lead.
+  std::set<std::string> silentNames_;
   /// How many thermal zones there are for each name of a mirroring chip.
   std::map<std::string, std::size_t> zones_;
   bool isWaiting_ = false;

@@ -69,6 +69,10 @@ TEST(HwmonProvider, FindsEveryChipOnce) {
                  {"/sys/devices/pci0/i2c-0/0-0019/temp1_input", "30000"},
                  {"/sys/bus/i2c/devices/0-0019", "-> /sys/devices/pci0/i2c-0/0-0019"},
                  {"/sys/bus/i2c/devices/0-001a/temp1_input", "31000"}});
+  // Linked, but the link leads nowhere.
+  machine.Write({{"/sys/class/hwmon/hwmon12", "-> ../../elsewhere/hwmon12"},
+                 {"/sys/devices/platform/broken.0/hwmon/hwmon12/name", "broken"},
+                 {"/sys/devices/platform/broken.0/hwmon/hwmon12/temp1_input", "29000"}});
   // A copy that was made without links.
   machine.Write({{"/sys/class/hwmon/hwmon8/name", "plain"},
                  {"/sys/class/hwmon/hwmon8/temp1_input", "32000"},
@@ -78,7 +82,8 @@ TEST(HwmonProvider, FindsEveryChipOnce) {
   machine.Write(Chip("7", "pci0/nvme/nvme0", "/hwmon7", {{"name", "nvme"}, {"temp1_input", "38000"}}));
   HwmonProvider afresh(machine.Factory(), HwmonKind::Board, kPatient);
   EXPECT_EQ(Names(ReadAt(afresh, 0)),
-            (Texts{"0-001a/temp1|0-001a temp1", "card-0000:01:00.0/temp1|card 0000:01:00.0 temp1",
+            (Texts{"0-001a/temp1|0-001a temp1", "broken-broken.0/temp1|broken temp1",
+                   "card-0000:01:00.0/temp1|card 0000:01:00.0 temp1",
                    "card-0000:01:00.0#2/temp1|card 0000:01:00.0#2 temp1",
                    "coretemp-coretemp.0/temp1|coretemp.0 temp1 (Package id 0)",
                    "coretemp-coretemp.1/temp1|coretemp.1 temp1 (Package id 0)",
