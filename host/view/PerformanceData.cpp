@@ -28,8 +28,10 @@ constexpr ObjectClass kMeasured[] = {
     ObjectClass::FilesystemInodes,
 };
 
-/// The shortest text that is this number, without an exponent.
-std::string PlainNumber(double value) {
+/// Rounded to thousandths, without an exponent.
+std::string PlainNumber(double exact) {
+  constexpr double kThousandths = 1000.0;
+  const double value = std::round(exact * kThousandths) / kThousandths;
   std::array<char, 400> text{};
   const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
   return {text.data(), end.ptr};

@@ -38,7 +38,7 @@ constexpr const char* kExplainedScenario = R"({"format": 1, "name": "t", "object
  {"class": "disk", "name": "Disk 2", "quality": "late", "reason": "not read for 12 s"},
  {"class": "filesystem-space", "name": "/", "unit": "%", "value": 38.5, "limits": {"upperWarning": 90, "upperCritical": 97}},
  {"class": "filesystem-space", "name": "/srv", "quality": "inactive", "reason": "not mounted"},
- {"class": "memory-use", "name": "it's=50|", "unit": "%", "value": 46.25},
+ {"class": "memory-use", "name": "it's=50|", "unit": "%", "value": 46.200012345},
  {"class": "temperature", "name": "Inlet", "unit": "°C", "value": -2.5, "limits": {"upperWarning": 38}}]})";
 
 class ExplainAndCheckTest : public testing::Test {
@@ -231,7 +231,7 @@ TEST_F(ExplainAndCheckTest, FirstLineIsShortWhateverStandsInIt) {
 TEST_F(ExplainAndCheckTest, PerformanceDataIsReadByAnyone) {
   EXPECT_EQ(PerformanceData(FindNode(report_.root, "root")),
             "'Cooling/Fan/Fan 1'=4200;900:;600:;0 'Cooling/Fan/Fan 2'=0;;600:;0 "
-            "'Storage/Space//'=38.5%;90;97;0;100 'Storage/Space//srv'=U 'Memory/In use'=46.25%;;;0;100 "
+            "'Storage/Space//'=38.5%;90;97;0;100 'Storage/Space//srv'=U 'Memory/In use'=46.2%;;;0;100 "
             "'Memory/Inlet'=-2.5;~:38");
   StatusNode twice = Leaf(0, 0, 0);
   twice.designation = "it's=1|\n";
