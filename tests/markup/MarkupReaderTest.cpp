@@ -53,6 +53,8 @@ TEST(MarkupReader, TellsWhereADocumentIsWrong) {
   } rows[] = {
       {"", 1, 1, "expected the root element, found the end of the document"},
       {"CMD", 1, 1, "expected the root element, found \"CMD\""},
+      {"1234567890123456789\u00E9x", 1, 1, "element, found \"1234567890123456789\""},
+      {"123456789012345678901", 1, 1, "element, found \"12345678901234567890\""},
       {"<", 1, 2, "expected a name, found the end of the document"},
       {"<1a/>", 1, 2, "expected a name"},
       {"< a/>", 1, 2, "expected a name"},

@@ -156,7 +156,7 @@ TEST(ProfileFile, WritesRemovesAndCopies) {
   EXPECT_EQ(file.DeleteSection("s"), 0);
   EXPECT_EQ(directory.Read("x.ini"), "\n[t]\n\n\nk=v\nu=4294967295\ne=\n");
   EXPECT_EQ(file.DeleteKey("t", nullptr), 0);
-  EXPECT_EQ(file.WriteInt("t", nullptr, 1), 0);
+  EXPECT_EQ(file.WriteInt("t", nullptr, 1) + file.WriteUInt("t", nullptr, 1U), 0);
   EXPECT_EQ(file.WriteString("t", "k", nullptr), 1);
   EXPECT_EQ(directory.Read("x.ini"), "\n[t]\n\n\nu=4294967295\ne=\n");
 }
