@@ -143,7 +143,7 @@ void BudgetMeasurement::GiveUp(MeasuredTime& time) {
 }
 
 MeasuredTime BudgetMeasurement::Fail(const Tried& tried) {
-  MeasuredTime time{.component = tried.component, .why = tried.why};
+  MeasuredTime time{.component = tried.component, .taken = {}, .why = tried.why};
   if (!tried.trial) {
     return time;
   }
@@ -197,6 +197,7 @@ std::vector<MeasuredTime> BudgetMeasurement::FallSilent() {
     MeasuredTime time{.component = tried.component,
                       .isSilence = true,
                       .allowed = UntilRegularScan(configuration_),
+                      .taken = {},
                       .why = {}};
     if (!begins) {
       GiveUp(time);

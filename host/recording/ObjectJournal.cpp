@@ -10,8 +10,6 @@
 namespace emstatus::host {
 namespace {
 
-using nlohmann::json;
-
 constexpr const char* kAge = "AgeSeconds";
 
 void CollectAddresses(const StatusNode& node, std::set<ObjectAddress>& addresses) {
@@ -24,8 +22,8 @@ void CollectAddresses(const StatusNode& node, std::set<ObjectAddress>& addresses
 }
 
 /// The members that differ; null when only the age does.
-json ChangeOf(const json& before, const json& now) {
-  json change;
+nlohmann::json ChangeOf(const nlohmann::json& before, const nlohmann::json& now) {
+  nlohmann::json change;
   for (const auto& [name, value] : now.items()) {
     const auto old = before.find(name);
     if (name != kAge && (old == before.end() || *old != value)) {
@@ -56,9 +54,10 @@ std::vector<RecordedObject> ObjectJournal::Note(const StatusNode& root, const Ma
   }
   for (const ObjectAddress& address : addresses) {
     const auto object = machine.Find(address);
-    const json* before = Find(address);
+    const nlohmann::json* before = Find(address);
     if (object) {
-      json change = ChangeOf(before == nullptr ? json::object() : *before, json(ObjectJson(*object)));
+      nlohmann::json change = ChangeOf(before == nullptr ? nlohmann::json::object() : *before,
+                                       nlohmann::json(ObjectJson(*object)));
       if (!change.is_null()) {
         entries.push_back({address, std::move(change)});
       }
@@ -77,7 +76,7 @@ void ObjectJournal::Apply(const RecordedObject& entry) {
     objects_.erase(entry.address);
     return;
   }
-  json& object = objects_.try_emplace(entry.address, json::object()).first->second;
+  nlohmann::json& object = objects_.try_emplace(entry.address, nlohmann::json::object()).first->second;
   for (const auto& [name, value] : entry.change.items()) {
     if (value.is_null()) {
       object.erase(name);
@@ -87,7 +86,7 @@ void ObjectJournal::Apply(const RecordedObject& entry) {
   }
 }
 
-const json* ObjectJournal::Find(const ObjectAddress& address) const {
+const nlohmann::json* ObjectJournal::Find(const ObjectAddress& address) const {
   const auto found = objects_.find(address);
   return found == objects_.end() ? nullptr : &found->second;
 }

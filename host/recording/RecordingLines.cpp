@@ -13,7 +13,6 @@
 namespace emstatus::host {
 namespace {
 
-using nlohmann::json;
 using nlohmann::ordered_json;
 
 constexpr std::uint32_t kRecordingVersion = 1;
@@ -23,7 +22,7 @@ constexpr double kLatestMoment = 1e15;
 constexpr int kDeepestLine = 160;
 
 std::string AsLine(const ordered_json& line) {
-  return line.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
+  return line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
 Request ReadRequestPlace(const JsonNode& node) {
@@ -42,13 +41,13 @@ std::int64_t ReadMoment(const JsonNode& node) {
   return std::int64_t(moment);
 }
 
-std::optional<json> ReadData(const JsonNode& line, const char* name) {
+std::optional<nlohmann::json> ReadData(const JsonNode& line, const char* name) {
   const auto data = line.Find(name);
   return data ? std::optional(OriginalValue(data->Value())) : std::nullopt;
 }
 
 std::string ReadOriginalText(const JsonNode& node) {
-  const json original = OriginalValue(node.Value());
+  const nlohmann::json original = OriginalValue(node.Value());
   if (!original.is_string()) {
     node.Fail("a text");
   }
@@ -59,8 +58,8 @@ std::optional<std::string> ReadTextOrNull(const JsonNode& node) {
   return node.Value().is_null() ? std::nullopt : std::optional(ReadOriginalText(node));
 }
 
-json TextOrNull(const std::optional<std::string>& text) {
-  return text ? RecordedText(*text) : json(nullptr);
+nlohmann::json TextOrNull(const std::optional<std::string>& text) {
+  return text ? RecordedText(*text) : nlohmann::json(nullptr);
 }
 
 ordered_json AnswerLine(const RecordedAnswer& entry) {
@@ -158,10 +157,10 @@ Json ParsedLine(const std::string& line) {
   });
 }
 
-json ParsedOrThrow(const std::string& line, const std::string& place) {
+nlohmann::json ParsedOrThrow(const std::string& line, const std::string& place) {
   try {
-    return ParsedLine<json>(line);
-  } catch (const json::parse_error& error) {
+    return ParsedLine<nlohmann::json>(line);
+  } catch (const nlohmann::json::parse_error& error) {
     throw std::runtime_error(place + ": expected JSON, but byte " + std::to_string(error.byte) + " is wrong");
   } catch (const std::runtime_error& error) {
     throw std::runtime_error(place + ": " + error.what());
@@ -215,9 +214,9 @@ std::string HeaderLine(const RecordingHeader& header) {
 }
 
 RecordingHeader ReadHeaderLine(const std::string& line, const std::string& place) {
-  json document;
+  nlohmann::json document;
   try {
-    document = ParsedLine<json>(line);
+    document = ParsedLine<nlohmann::json>(line);
   } catch (const std::exception&) {
     // Whatever it is, told below.
   }
@@ -275,7 +274,7 @@ std::string EndLine() {
 }
 
 LineKind ReadScanLine(const std::string& line, const std::string& place, RecordedScan& scan) {
-  const json document = ParsedOrThrow(line, place);
+  const nlohmann::json document = ParsedOrThrow(line, place);
   const JsonNode node(document, place);
   if (!document.is_object()) {
     node.Fail("an object");

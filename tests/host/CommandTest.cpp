@@ -7,14 +7,12 @@
 namespace emstatus::host {
 namespace {
 
-using nlohmann::json;
-
 TEST(CommandJson, ValuesCrossAndComeBack) {
   for (const char* text :
        {"null", "true", "false", "0", "-1", "2147483648", "-2147483649", "4294967296", "18446744073709551615",
         "1.5", "\"\"", "\"a\\u0000b\"", "[]", "{}", "[1,[2,{\"a\":\"b\"}],null]", "{\"RAW\":[1,2,255]}"}) {
-    CommandValue value = MakeValue(json::parse(text));
-    EXPECT_EQ(ToJson(value).dump(), json::parse(text).dump());
+    CommandValue value = MakeValue(nlohmann::json::parse(text));
+    EXPECT_EQ(ToJson(value).dump(), nlohmann::json::parse(text).dump());
     ReleaseValue(value);
     EXPECT_EQ(value.tag, 0U) << text;
   }
@@ -28,12 +26,12 @@ TEST(CommandJson, TagsSayWhatANumberFits) {
               {"-1", 0x1606},      {"-2147483649", 0x1206},      {"4294967296", 0x3206},
               {"1.5", 0x206}};
   for (const auto& row : rows) {
-    EXPECT_EQ(MakeValue(json::parse(row.number)).tag, row.tag) << row.number;
+    EXPECT_EQ(MakeValue(nlohmann::json::parse(row.number)).tag, row.tag) << row.number;
   }
 }
 
 TEST(CommandJson, MembersGrowAndAreReplaced) {
-  CommandValue object = MakeValue(json::object());
+  CommandValue object = MakeValue(nlohmann::json::object());
   static const char* const kNames[] = {"A", "B", "C", "D", "E", "F", "G", "H", "I",
                                        "J", "K", "L", "M", "N", "O", "P", "Q"};
   for (const char* name : kNames) {
@@ -54,9 +52,9 @@ TEST(CommandJson, HostileValuesReadAsNull) {
   text.tag = tag::kConstantString;
   text.string.length = 5;
   EXPECT_EQ(ToJson(text), "");
-  json deep = 1;
+  nlohmann::json deep = 1;
   for (int level = 0; level < 500; ++level) {
-    deep = json::array({deep});
+    deep = nlohmann::json::array({deep});
   }
   CommandValue value = MakeValue(deep);
   EXPECT_LT(ToJson(value).dump().size(), 200U);
@@ -64,21 +62,21 @@ TEST(CommandJson, HostileValuesReadAsNull) {
 }
 
 TEST(CommandReader, AnswerTakesThePlaceOfTheRequestsData) {
-  OwnedCommand command({0x0101, 2, 3, 4, json("limit")});
+  OwnedCommand command({0x0101, 2, 3, 4, nlohmann::json("limit")});
   const Request request = ReadRequest(command.Get());
   EXPECT_EQ(request.code, 0x0101U);
   EXPECT_EQ(request.extension, 2U);
   EXPECT_EQ(request.object, 3U);
   EXPECT_EQ(request.cabinet, 4U);
-  EXPECT_EQ(request.data, json("limit"));
+  EXPECT_EQ(request.data, nlohmann::json("limit"));
   EXPECT_EQ(ReadNumber(command.Get(), "ST", kNoStatus), kNoStatus);
 
   ASSERT_TRUE(WriteAnswer(command.Get(), Answer::Of(7)));
   EXPECT_EQ(ReadNumber(command.Get(), "ST", kNoStatus), 0U);
-  EXPECT_EQ(ReadData(command.Get()), json(7));
+  EXPECT_EQ(ReadData(command.Get()), nlohmann::json(7));
   ASSERT_TRUE(WriteAnswer(command.Get(), Answer::Refusal(AnswerStatus::Failed)));
   EXPECT_EQ(ReadNumber(command.Get(), "ST", kNoStatus), 6U);
-  EXPECT_EQ(ReadData(command.Get()), json(nullptr));
+  EXPECT_EQ(ReadData(command.Get()), nlohmann::json(nullptr));
 }
 
 TEST(CommandReader, CommandWithoutPlaceIsLeftAlone) {
@@ -103,7 +101,7 @@ TEST(CommandReader, NumbersFromRawBytes) {
               {"1.5", std::nullopt},
               {"{\"RAW\":1}", std::nullopt}};
   for (const auto& row : rows) {
-    EXPECT_EQ(NumberOf(json::parse(row.data)), row.number) << row.data;
+    EXPECT_EQ(NumberOf(nlohmann::json::parse(row.data)), row.number) << row.data;
   }
   EXPECT_EQ(NumberOf(std::nullopt), std::nullopt);
 }

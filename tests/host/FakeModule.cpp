@@ -17,8 +17,6 @@
 namespace emstatus::host {
 namespace {
 
-using nlohmann::json;
-
 constexpr std::uint32_t kTemperature = 0x0101;
 constexpr std::uint32_t kStatusOf[] = {1, 2, 3};
 
@@ -95,7 +93,7 @@ class FakeModule final : public CIExtensionModule {
   }
 
   Answer Ask(std::uint32_t code, std::uint32_t extension, std::uint32_t object,
-             std::optional<json> data = std::nullopt) {
+             std::optional<nlohmann::json> data = std::nullopt) {
     OwnedCommand command({code, extension, object, 0, std::move(data)});
     host_->SendRequest(this, command.Get(), 5000);
     return {ReadNumber(command.Get(), "ST", kNoStatus), ReadData(command.Get())};
@@ -110,7 +108,7 @@ class FakeModule final : public CIExtensionModule {
     Ask(0x1030, 0, 0);
     const auto count = NumberOf(Ask(kTemperature, 1, 0).data).value_or(0);
     std::uint32_t worst = 0;
-    json children = json::array();
+    nlohmann::json children = nlohmann::json::array();
     for (std::uint32_t index = 0; index < count && !ending_; ++index) {
       const auto state = NumberOf(Ask(kTemperature, 2, index).data);
       const std::uint32_t status = state && *state < 3 ? kStatusOf[*state] : 0;
@@ -121,11 +119,16 @@ class FakeModule final : public CIExtensionModule {
                           {"Status", status},
                           {"Assoc", "TRIQ:0101-000" + std::to_string(index) + "-0002"}});
     }
-    const json component{{"Id", "c"}, {"Desig", "Sensors"}, {"Status", worst}, {"Children", children}};
-    const json subsystem{
-        {"Id", "s"}, {"Desig", "Temperatures"}, {"Status", worst}, {"Children", json::array({component})}};
-    const json root{
-        {"Id", "root"}, {"Desig", "Fake"}, {"Status", worst}, {"Children", json::array({subsystem})}};
+    const nlohmann::json component{
+        {"Id", "c"}, {"Desig", "Sensors"}, {"Status", worst}, {"Children", children}};
+    const nlohmann::json subsystem{{"Id", "s"},
+                                   {"Desig", "Temperatures"},
+                                   {"Status", worst},
+                                   {"Children", nlohmann::json::array({component})}};
+    const nlohmann::json root{{"Id", "root"},
+                              {"Desig", "Fake"},
+                              {"Status", worst},
+                              {"Children", nlohmann::json::array({subsystem})}};
     {
       const std::lock_guard guard(lock_);
       tree_ = root.dump();

@@ -9,8 +9,6 @@
 namespace emstatus::host {
 namespace {
 
-using nlohmann::json;
-
 ObjectView Object(Quality quality, Condition condition, std::optional<double> value = std::nullopt) {
   ObjectView view;
   view.reading.objectClass = ObjectClass::Fan;
@@ -67,7 +65,7 @@ TEST(Numbering, QuestionsAboutAnObject) {
   const struct {
     const ObjectView& view;
     Question question;
-    std::optional<json> data;
+    std::optional<nlohmann::json> data;
     Answer answer;
   } rows[] = {
       {good, Question::Name, {}, Answer::Of("Fan 1")},

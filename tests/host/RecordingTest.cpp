@@ -19,7 +19,6 @@
 namespace emstatus::host {
 namespace {
 
-using nlohmann::json;
 using std::chrono::milliseconds;
 
 RecordedScan WholeScan(std::uint64_t number) {
@@ -32,8 +31,8 @@ RecordedScan WholeScan(std::uint64_t number) {
   scan.asked = 2;
   scan.answers = {
       {{0x0102, 2, 1, 0, std::nullopt}, 0, Answer::Of("Fan \xFC"), 1001, 0},
-      {{0x0601, 2, 0xFF00, 0, json("/var")}, 1, Answer::Refusal(AnswerStatus::Failed), 1002, 5000}};
-  scan.events = {{{0x2322, 0x10002, 3, 1, json(2)}, 1006}};
+      {{0x0601, 2, 0xFF00, 0, nlohmann::json("/var")}, 1, Answer::Refusal(AnswerStatus::Failed), 1002, 5000}};
+  scan.events = {{{0x2322, 0x10002, 3, 1, nlohmann::json(2)}, 1006}};
   scan.wakeUps = {999};
   scan.simulation = RecordedSimulation{"[Config]\n"};
   scan.objects = {{{ObjectClass::Fan, 1, 0}, {{"Value", 12.5}, {"Reason", nullptr}}},
@@ -65,7 +64,7 @@ TEST(Recording, EverythingComesBack) {
   const auto first = reader.Next();
   ASSERT_TRUE(first);
   EXPECT_EQ(ScanLines(*first), ScanLines(WholeScan(1)));
-  EXPECT_EQ(first->answers[0].answer.data, json("Fan \xFC")) << "bytes that are no UTF-8";
+  EXPECT_EQ(first->answers[0].answer.data, nlohmann::json("Fan \xFC")) << "bytes that are no UTF-8";
   EXPECT_EQ(first->answers[1].request.object, 0xFF00U);
   EXPECT_EQ(first->answers[1].occurrence, 1U);
   EXPECT_EQ(first->events[0].event.extension, 0x10002U);
@@ -83,7 +82,8 @@ TEST(Recording, TextsComeBackByteForByte) {
     EXPECT_EQ(OriginalValue(RecordedText(text)), text);
     EXPECT_NO_THROW(static_cast<void>(RecordedText(text).dump()));
   }
-  EXPECT_EQ(OriginalValue(json::parse(R"({"bytes": "€"})")), json::parse(R"({"bytes": "€"})"));
+  EXPECT_EQ(OriginalValue(nlohmann::json::parse(R"({"bytes": "€"})")),
+            nlohmann::json::parse(R"({"bytes": "€"})"));
 }
 
 /// Reads all of it. True when it was read to an end, cut or not; what it throws must be meant for people.
@@ -217,7 +217,7 @@ TEST(RecordedMachine, AnswersByScanAndOccurrence) {
   RecordedMachine machine({2});
   const Request state{0x0102, 2, 0, 0, std::nullopt};
   const Request name{0x0102, 3, 0, 0, std::nullopt};
-  const Request withData{0x0601, 2, 0xFF00, 0, json("/var")};
+  const Request withData{0x0601, 2, 0xFF00, 0, nlohmann::json("/var")};
   RecordedScan scan;
   scan.number = 1;
   scan.answers = {{state, 0, Answer::Of(0), 0, 0},
@@ -251,10 +251,11 @@ TEST(RecordedMachine, ObjectsFollowTheirChanges) {
   RecordedMachine machine({});
   const ObjectAddress fan{ObjectClass::Fan, 1, 0};
   RecordedScan scan;
-  scan.objects = {{fan, json::parse(R"({"Class": "fan", "Index": 1, "Cabinet": 0, "Id": "f", "Name": "Fan",
+  scan.objects = {
+      {fan, nlohmann::json::parse(R"({"Class": "fan", "Index": 1, "Cabinet": 0, "Id": "f", "Name": "Fan",
     "Quality": "good", "Condition": "good", "Value": 900.0, "Unit": "RPM", "AgeSeconds": 0.5, "Reason": "x"})")}};
   machine.Advance(scan);
-  scan.objects = {{fan, json::parse(R"({"Value": 850.0, "Reason": null, "AgeSeconds": 0.25})")}};
+  scan.objects = {{fan, nlohmann::json::parse(R"({"Value": 850.0, "Reason": null, "AgeSeconds": 0.25})")}};
   machine.Advance(scan);
   const auto object = machine.Find(fan);
   ASSERT_TRUE(object);
@@ -264,7 +265,7 @@ TEST(RecordedMachine, ObjectsFollowTheirChanges) {
   scan.objects = {{fan, nullptr}};
   machine.Advance(scan);
   EXPECT_FALSE(machine.Find(fan));
-  scan.objects = {{fan, json::object({{"Value", "much"}})}};
+  scan.objects = {{fan, nlohmann::json::object({{"Value", "much"}})}};
   EXPECT_THROW(machine.Advance(scan), std::runtime_error);
 }
 

@@ -8,8 +8,6 @@
 namespace emstatus::host {
 namespace {
 
-using nlohmann::json;
-
 StatusNode Leaf(const char* id, std::uint32_t state, const char* key) {
   StatusNode leaf;
   leaf.id = id;
@@ -105,9 +103,9 @@ TEST(Coverage, StatusFromBeforeIsNoStatusOfNow) {
 TEST(ReportReader, IsTheInverseOfTheWriter) {
   const StatusWords words;
   const Report report = FullReport();
-  const json written = json::parse(TreeJson(report, words).dump());
+  const nlohmann::json written = nlohmann::json::parse(TreeJson(report, words).dump());
   const Report read = ReadReport(written);
-  EXPECT_EQ(json::parse(TreeJson(read, words).dump()), written);
+  EXPECT_EQ(nlohmann::json::parse(TreeJson(read, words).dump()), written);
   EXPECT_EQ(TreeText(read, words, false), TreeText(report, words, false));
   EXPECT_EQ(written["Tree"]["Children"][0]["Children"][1]["Stale"], true);
   for (const char* member : {"Since", "Rule", "Object", "Name", "Section", "Simulated"}) {
@@ -115,21 +113,22 @@ TEST(ReportReader, IsTheInverseOfTheWriter) {
   }
   EXPECT_EQ(read.simulation, report.simulation);
 
-  const json slow = json::parse(TreeJson(report, StatusWords("[StatusMapping]\nSlow=2\n")).dump());
+  const nlohmann::json slow =
+      nlohmann::json::parse(TreeJson(report, StatusWords("[StatusMapping]\nSlow=2\n")).dump());
   EXPECT_EQ(ReadStatusWords(slow).Of(2), "Slow");
 
-  const json bare = json::parse(TreeJson(Report{}, words).dump());
-  EXPECT_EQ(json::parse(TreeJson(ReadReport(bare), words).dump()), bare);
+  const nlohmann::json bare = nlohmann::json::parse(TreeJson(Report{}, words).dump());
+  EXPECT_EQ(nlohmann::json::parse(TreeJson(ReadReport(bare), words).dump()), bare);
 }
 
 TEST(ReportReader, SaysWhatIsWrongWhere) {
-  const json good = json::parse(TreeJson(FullReport(), {}).dump());
+  const nlohmann::json good = nlohmann::json::parse(TreeJson(FullReport(), {}).dump());
   const struct {
     const char* pointer;
-    json value;
+    nlohmann::json value;
     const char* message;
   } rows[] = {
-      {"", json::array(), "/: expected a member \"Version\""},
+      {"", nlohmann::json::array(), "/: expected a member \"Version\""},
       {"/Version", 2U, "/Version: expected version 1, found 2"},
       {"/Time", "2026-13-01T09:15:02.123Z", "/Time: expected a time"},
       {"/Time", "2026-03-01", "/Time: expected a time"},
@@ -143,8 +142,8 @@ TEST(ReportReader, SaysWhatIsWrongWhere) {
       {"/Simulation/Parts", nullptr, "/Simulation/Parts: expected an array"},
   };
   for (const auto& row : rows) {
-    json document = good;
-    document[json::json_pointer(row.pointer)] = row.value;
+    nlohmann::json document = good;
+    document[nlohmann::json::json_pointer(row.pointer)] = row.value;
     try {
       ReadReport(document);
       FAIL() << row.pointer;

@@ -7,7 +7,6 @@
 namespace emstatus::host {
 namespace {
 
-using nlohmann::json;
 using std::chrono::milliseconds;
 
 constexpr milliseconds kScenarioPatience{5000};
@@ -132,11 +131,11 @@ TEST(ScenarioMachine, ANamedObjectIsFoundByItsNumberLater) {
     {"class": "filesystem-space", "name": "/var", "condition": "warning", "reason": "full"})");
   const ObjectAddress address{ObjectClass::FilesystemSpace, 0xFF01, 0};
   EXPECT_FALSE(machine.Find(address));
-  const Request request{0x0601, 2, 0xFF01, 0, json("/var")};
+  const Request request{0x0601, 2, 0xFF01, 0, nlohmann::json("/var")};
   EXPECT_EQ(machine.Ask(request, kScenarioPatience), Answer::Of(1));
   ASSERT_TRUE(machine.Find(address));
   EXPECT_EQ(machine.Find(address)->reading.name, "/var");
-  EXPECT_EQ(machine.Ask({0x0601, 2, 0xFF01, 0, json("/usr")}, kScenarioPatience).status, 2U);
+  EXPECT_EQ(machine.Ask({0x0601, 2, 0xFF01, 0, nlohmann::json("/usr")}, kScenarioPatience).status, 2U);
 }
 
 TEST(ScenarioMachine, GroupCountsTheMembersThatWork) {
@@ -180,9 +179,9 @@ TEST(ScenarioMachine, AnswersFailOrAreOfTheWrongType) {
   EXPECT_EQ(Ask(machine, 0x0102, Question::Name, 1), Answer::Refusal(AnswerStatus::Failed));
   EXPECT_EQ(Ask(machine, 0x0102, Question::Count), Answer::Of(3))
       << "every question means those about an object";
-  EXPECT_EQ(Ask(machine, 0x0102, Question::State, 2), Answer::Of(json{{"RAW", {1, 0}}}));
+  EXPECT_EQ(Ask(machine, 0x0102, Question::State, 2), Answer::Of(nlohmann::json{{"RAW", {1, 0}}}));
   EXPECT_EQ(Ask(machine, 0x0102, Question::Name, 2), Answer::Of(nullptr));
-  EXPECT_EQ(Ask(machine, 0x0103, Question::Count), (Answer{9, json(1.5)}));
+  EXPECT_EQ(Ask(machine, 0x0103, Question::Count), (Answer{9, nlohmann::json(1.5)}));
 }
 
 TEST(ScenarioMachine, ASlowAnswerFailsAndDelaysNobodyElse) {
