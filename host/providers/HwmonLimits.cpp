@@ -63,6 +63,11 @@ void DropUnset(std::vector<HwmonLimit>& limits, std::string_view lower, std::str
   }
 }
 
+// Both 0, as a chip has them that nobody has set up: then its lower limit is none either.
+bool IsPairUnset(const HwmonValues& values, const char* lower, const char* upper) {
+  return NumberOf(values, lower, 1) == 0.0 && NumberOf(values, upper, 1) == 0.0;
+}
+
 void DropImpossible(std::vector<HwmonLimit>& limits, const HwmonType& type) {
   const bool isTemperature = type.objectClass == ObjectClass::Temperature;
   DropUnset(limits, "min", "max", isTemperature);
@@ -116,6 +121,10 @@ std::vector<HwmonLimit> LimitsOf(const HwmonType& type, const HwmonValues& value
     limit.isTold = values.contains(limit.item);
     limit.value = NumberOf(values, limit.item, type.divisor);
     if (limit.value && !IsPossible(limit, type)) {
+      limit.value.reset();
+    }
+    if ((limit.item == "min" && IsPairUnset(values, "min", "max")) ||
+        (limit.item == "lcrit" && IsPairUnset(values, "lcrit", "crit"))) {
       limit.value.reset();
     }
   }

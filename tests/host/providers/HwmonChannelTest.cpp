@@ -62,6 +62,7 @@ TEST(HwmonChannel, Temperatures) {
       {{{"input", "60000"}, {"max", "120000"}, {"max_alarm", "1"}, {"crit", "110000"}}, "temp1 good 60.0 °C"},
       {{{"input", "40850"}, {"max", "65261850"}, {"min", "-273150"}}, "temp1 good 40.9 °C"},
       {{{"input", "40000"}, {"max", "0"}, {"crit", "0"}, {"max_alarm", "1"}}, "temp1 good 40.0 °C"},
+      {{{"input", "-5000"}, {"min", "0"}, {"max", "0"}, {"min_alarm", "1"}}, "temp1 good -5.0 °C"},
       {{{"input", "40000"}, {"max", "!5"}}, "temp1 good 40.0 °C"},
       {{{"input", "-44000"}}, "temp1 implausible: -44.0 °C, between -40.0 °C and 150.0 °C possible"},
       {{{"input", "-128000"}, {"min", "0"}},
