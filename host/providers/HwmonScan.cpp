@@ -125,7 +125,7 @@ std::vector<HwmonChip> HwmonScan::Run(const std::vector<std::string>& classNames
     }
   }
   for (const auto& [folder, answer] : LookAt(otherLooks_, Unlinked(searchDevices, now), now)) {
-    if (answer.sample) {
+    if (answer.sample && !IsCopied(*answer.sample)) {
       Add(*answer.sample);
     }
   }
@@ -189,6 +189,13 @@ void HwmonScan::Add(const HwmonLook& look) {
     title = BaseName(look.chipFolder);
   }
   chips_.push_back({look, look.identity, std::move(title), std::nullopt});
+}
+
+bool HwmonScan::IsCopied(const HwmonLook& look) const {
+  return std::ranges::any_of(chips_, [&](const HwmonChip& chip) {
+    return chip.look.chipFolder == kClass + std::string(BaseName(look.chipFolder)) &&
+           chip.look.name == look.name && chip.look.channels == look.channels;
+  });
 }
 
 bool HwmonScan::MirrorsThermalZone(const HwmonLook& look) const {

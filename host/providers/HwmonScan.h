@@ -52,6 +52,8 @@ class HwmonScan {
   void ReadZones(Clock::time_point now);
   std::vector<std::string> Unlinked(bool searchDevices, Clock::time_point now);
   void Add(const HwmonLook& look);
+  /// Whether it is already there from the class: a copy may hold folders in the place of the class's links.
+  bool IsCopied(const HwmonLook& look) const;
   bool MirrorsThermalZone(const HwmonLook& look) const;
 
   const HwmonKind kind_;

@@ -77,6 +77,8 @@ TEST(HwmonProvider, FindsEveryChipOnce) {
   machine.Write({{"/sys/class/hwmon/hwmon8/name", "plain"},
                  {"/sys/class/hwmon/hwmon8/temp1_input", "32000"},
                  {"/sys/class/hwmon/hwmon8/device/modalias", "x"},
+                 {"/sys/devices/platform/plain.0/hwmon/hwmon8/name", "plain"},
+                 {"/sys/devices/platform/plain.0/hwmon/hwmon8/temp1_input", "32000"},
                  {"/sys/class/hwmon/hwmon11/name", "plain"},
                  {"/sys/class/hwmon/hwmon11/device/temp1_input", "33000"}});
   machine.Write(Chip("7", "pci0/nvme/nvme0", "/hwmon7", {{"name", "nvme"}, {"temp1_input", "38000"}}));
