@@ -62,6 +62,7 @@ std::vector<Reading> HwmonProvider::Read(const ReadContext& context) {
   if (isDue) {
     askedAt_ = context.now;
   }
+  JudgeSlow(context.now);
   hasMoved_ = false;
   std::vector<Reading> readings =
       TellAll(isDue ? reads_.Read(Takes(context.now), context.now) : reads_.Collected(), context.now);
@@ -150,6 +151,15 @@ HwmonProvider::Sample HwmonProvider::TakeSample(SystemFiles& files, const HwmonL
   return sample;
 }
 
+void HwmonProvider::JudgeSlow(Clock::time_point now) {
+  for (const auto& [id, answer] : reads_.Collected()) {
+    const auto chip = chips_.find(id);
+    if (answer.sample && chip != chips_.end() && chip->second.judgedAt != answer.takenAt) {
+      Tell(chip->second, answer, now);
+    }
+  }
+}
+
 std::vector<Reading> HwmonProvider::TellAll(const std::map<std::string, DeviceAnswer<Sample>>& answers,
                                             Clock::time_point now) {
   std::vector<Reading> readings;
@@ -182,6 +192,7 @@ std::vector<Reading> HwmonProvider::Tell(Chip& chip, const DeviceAnswer<Sample>&
     hasMoved_ = true;
     return readings;
   }
+  chip.judgedAt = answer.takenAt;
   readings = JudgeSample(chip, sample, answer.takenAt);
   SetAge(readings, answer.takenAt, now, LateAfter());
   return readings;

@@ -49,12 +49,17 @@ class HwmonProvider final : public Provider {
     /// Limits and labels as they were last read, by file name.
     std::map<std::string, FileResult<std::string>> settled;
     std::optional<Clock::time_point> settledAt;
+    /// The moment of the last sample that was judged.
+    std::optional<Clock::time_point> judgedAt;
     std::map<HwmonChannelKey, HwmonMemory> memories;
   };
 
   static Sample TakeSample(SystemFiles& files, const HwmonLook& chip, bool withSettled);
   /// True when there are chips that were not there before, or elsewhere.
   bool Rescan(Clock::time_point now);
+  /// Judges what came too late for the last read: the next sample takes its place, and an alarm that is clear
+  /// once it was read stands in it alone.
+  void JudgeSlow(Clock::time_point now);
   std::vector<Reading> TellAll(const std::map<std::string, DeviceAnswer<Sample>>& answers,
                                Clock::time_point now);
   std::map<std::string, DeviceReads<Sample>::Take> Takes(Clock::time_point now) const;

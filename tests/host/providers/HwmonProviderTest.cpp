@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <thread>
 
 #include "tests/host/providers/MachineFolder.h"
 
@@ -202,6 +203,29 @@ TEST(HwmonProvider, AlarmsThatClearOnReadAndLimitsThatAreReadSeldom) {
   EXPECT_EQ(Line(ReadAt(provider, 35)[0]), "a-a.0/temp1 good 40.0 °C");
   EXPECT_EQ(ReadAt(provider, 60)[0].condition, Condition::Warning)
       << "the limits are read again after a minute";
+}
+
+TEST(HwmonProvider, AnAlarmInASampleThatCameLateIsNotLost) {
+  const std::string alarm = "/sys/devices/platform/a.0/hwmon/hwmon0/temp1_max_alarm";
+  MachineFolder machine(
+      Chip("0", "platform/a.0", "/hwmon/hwmon0",
+           {{"name", "a"}, {"temp1_input", "40000"}, {"temp1_max", "80000"}, {"temp1_max_alarm", "0"}}));
+  HwmonProvider provider(machine.Factory(), HwmonKind::Board, kImpatient);
+  const Texts good = {"a-a.0/temp1 good 40.0 °C"};
+  EXPECT_EQ(ReadUntil(provider, 0, good), good);
+  machine.Write({{alarm, "1"}});
+  machine.ClearOnRead(alarm);
+  machine.Hang(AttributeOf("0", "temp1_input"));
+  EXPECT_EQ(Lines(ReadAt(provider, 5)), good);
+  machine.WaitUntilHanging(AttributeOf("0", "temp1_input"));
+  machine.Release();
+  while (machine.Text(alarm) != "0") {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  std::this_thread::sleep_for(kImpatient);
+  const Texts expected = {
+      "a-a.0/temp1 warning 40.0 °C: temp1_max_alarm was set 5 s ago, 40.0 °C now, less than 80.0 °C expected"};
+  EXPECT_EQ(ReadUntil(provider, 10, expected), expected);
 }
 
 TEST(HwmonProvider, AllFansAtOnceAreOneFault) {
