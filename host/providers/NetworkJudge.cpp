@@ -130,14 +130,16 @@ struct BondCount {
   Redundancy group;
   std::string down;
   std::string unknown;
+  std::uint32_t unknowns = 0;
 };
 
 BondCount CountMembers(const LinkFacts& bond, const std::vector<LinkFacts>& members, BondMemory& memory) {
   memory.members = std::max(memory.members, static_cast<std::uint32_t>(members.size()));
-  BondCount count{{bond.name, memory.members, bond.bond->minLinks, 0}, "", ""};
+  BondCount count{{bond.name, memory.members, bond.bond->minLinks, 0}, "", "", 0};
   for (const LinkFacts& member : members) {
     if (member.error != 0) {
       AddToList(count.unknown, member.name);
+      ++count.unknowns;
     } else if (WorksIn(*bond.bond, member)) {
       ++count.group.present;
     } else {
@@ -147,7 +149,8 @@ BondCount CountMembers(const LinkFacts& bond, const std::vector<LinkFacts>& memb
   return count;
 }
 
-void JudgeMembers(Reading& reading, const BondCount& count, std::size_t members) {
+void JudgeMembers(Reading& reading, const LinkFacts& bond, const BondCount& count) {
+  const std::size_t members = bond.bond->members.size();
   const Redundancy& group = count.group;
   if (group.present >= group.members && group.present >= group.needed) {
     return;
@@ -158,6 +161,11 @@ void JudgeMembers(Reading& reading, const BondCount& count, std::size_t members)
   reason += count.unknown.empty() ? "" : "; not known: " + count.unknown;
   if (members < group.members) {
     reason += Format("; %zu taken out of the bond", group.members - members);
+  }
+  if (bond.IsUsable() && group.present < group.needed && group.present + count.unknowns >= group.needed) {
+    // The links that were not read decide it.
+    SetUnknown(reading, Quality::Late, std::move(reason));
+    return;
   }
   Blame(reading, group.present >= group.needed ? Condition::Warning : Condition::Critical, std::move(reason),
         std::string(kLookAtCable) + " of what is down");
@@ -220,8 +228,8 @@ Reading JudgeBond(const LinkFacts& bond, bool required, const std::vector<LinkFa
           "add links to it, or switch it off (ip link set " + bond.name + " down) when it is not used");
   } else {
     reading.measurement = Measurement{static_cast<double>(count.group.present), Unit::Count, {}};
-    JudgeMembers(reading, count, members.size());
-    if (reading.condition != Condition::Critical) {
+    JudgeMembers(reading, bond, count);
+    if (reading.quality == Quality::Good && reading.condition != Condition::Critical) {
       JudgeBondItself(reading, bond);
     }
   }

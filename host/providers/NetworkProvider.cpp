@@ -53,7 +53,7 @@ std::vector<Reading> NetworkProvider::Read(const ReadContext& context) {
   }
   for (const auto& [name, link] : links) {
     if (link.bond) {
-      TellBond(readings, link, links, answers.at(name), context.now);
+      TellBond(readings, link, links, answers, context.now);
     }
   }
   TellMissing(readings, names, links);
@@ -91,15 +91,18 @@ void NetworkProvider::TellLink(std::vector<Reading>& readings, const std::string
 }
 
 void NetworkProvider::TellBond(std::vector<Reading>& readings, const LinkFacts& bond, const Links& links,
-                               const Answer& answer, Clock::time_point now) {
+                               const Answers& answers, Clock::time_point now) {
   std::vector<LinkFacts> members;
   for (const std::string& name : bond.bond->members) {
     const auto link = links.find(name);
     members.push_back(link == links.end() ? LinkFacts{} : link->second);
     members.back().name = name;
+    if (answers.contains(name) && !answers.at(name).sample) {
+      members.back().error = ETIMEDOUT;
+    }
   }
   std::vector<Reading> told = {JudgeBond(bond, IsRequired(bond.name), members, readings, bonds_[bond.name])};
-  SetAge(told, answer.takenAt, now, LateAfter());
+  SetAge(told, answers.at(bond.name).takenAt, now, LateAfter());
   std::ranges::move(told, std::back_inserter(readings));
 }
 

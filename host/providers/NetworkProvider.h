@@ -30,13 +30,14 @@ class NetworkProvider final : public Provider {
   using Clock = std::chrono::steady_clock;
   /// Absent when it turned out not to be a link.
   using Answer = DeviceAnswer<std::optional<LinkFacts>>;
+  using Answers = std::map<std::string, Answer>;
   using Links = std::map<std::string, LinkFacts>;
 
   std::vector<std::string> FindNames();
   void TellLink(std::vector<Reading>& readings, const std::string& name, const Answer& answer,
                 Clock::time_point now);
   void TellBond(std::vector<Reading>& readings, const LinkFacts& bond, const Links& links,
-                const Answer& answer, Clock::time_point now);
+                const Answers& answers, Clock::time_point now);
   void TellRenamed(std::vector<Reading>& readings, const std::vector<std::string>& names, const Links& links);
   void TellMissing(std::vector<Reading>& readings, const std::vector<std::string>& names,
                    const Links& links) const;

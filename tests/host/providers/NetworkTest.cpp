@@ -215,5 +215,28 @@ TEST(NetworkBonds, ByModeAndPartner) {
   }
 }
 
+TEST(NetworkBonds, WhatIsNotKnownOfItsLinksIsNoFault) {
+  const struct {
+    const char* carrier;
+    const char* line;
+  } rows[] = {
+      {"1", "bond0 late: 0 of 2 links work, 2 expected; not known: eth0, eth1"},
+      {"0", "bond0 critical 0: 0 of 2 links work, 2 expected; not known: eth0, eth1"},
+  };
+  for (const auto& row : rows) {
+    MachineFolder machine(Link("bond0", "up", true, row.carrier));
+    machine.Write(Link("eth0", "up", true));
+    machine.Write(Link("eth1", "up", true));
+    machine.Write({{"/sys/class/net/bond0/bonding/slaves", "eth0 eth1\n"}});
+    machine.Hang("/sys/class/net/eth0/operstate");
+    machine.Hang("/sys/class/net/eth1/operstate");
+    NetworkProvider provider(machine.Factory(), {}, kImpatient);
+    const Texts expected = {"eth0 late: no answer for 0 s; the device or its driver may hang",
+                            "eth1 late: no answer for 0 s; the device or its driver may hang", row.line};
+    EXPECT_EQ(ReadUntil(provider, 0, expected), expected);
+    machine.Release();
+  }
+}
+
 }  // namespace
 }  // namespace emstatus::test
