@@ -43,11 +43,13 @@ class WantedScan {
       return;
     }
     number_ = 0;
-    const auto time = ReadUtc(text);
+    auto time = ReadUtc(text);
+    if (!time && text.ends_with('Z')) {
+      time = ReadUtc(text.substr(0, text.size() - 1) + ".000Z");
+    }
     if (!time) {
       throw std::runtime_error(
-          "--at: expected the number of a scan or a time like 2026-03-01T09:15:02.123Z, found \"" + text +
-          "\"");
+          "--at: expected the number of a scan or a time like 2026-03-01T09:15:02Z, found \"" + text + "\"");
     }
     time_ = std::chrono::duration_cast<std::chrono::milliseconds>(time->time_since_epoch()).count();
   }
@@ -55,6 +57,9 @@ class WantedScan {
   bool IsBehind(const RecordedScan& scan, std::int64_t time) const {
     return number_ != 0 ? scan.number > number_ : time > time_;
   }
+
+  /// Its number was given, and the recording ends before it.
+  bool IsMissingBehind(std::uint64_t lastScan) const { return number_ > lastScan; }
 
  private:
   std::uint64_t number_ = 0;
@@ -129,6 +134,9 @@ int ShowMoment(const ReplayCommandOptions& options) {
     throw std::runtime_error(
         "--at: the recording begins later, at " +
         UtcText(std::chrono::system_clock::time_point(std::chrono::milliseconds(header.began))));
+  }
+  if (wanted.IsMissingBehind(shown)) {
+    throw std::runtime_error("--at: the recording ends with scan " + std::to_string(shown));
   }
   if (options.replay.json) {
     std::cout << TreeJson(*report, words).dump(2) << std::endl;

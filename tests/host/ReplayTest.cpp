@@ -92,6 +92,11 @@ TEST_F(ReplayTest, AServersStoryReplaysToTheLetter) {
   EXPECT_EQ(nlohmann::json::parse(shown.text)["SystemStatus"], 3) << shown.text;
   EXPECT_NE(Replay(file, {"--at", "7"}).text.find("0 RPM, at least 500 RPM expected"), std::string::npos);
 
+  EXPECT_TRUE(Replay(file, {"--at", "2199-01-01T00:00:00Z"}).text.starts_with("Scan 14, "));
+  const Outcome behind = Replay(file, {"--at", "15"});
+  EXPECT_EQ(behind.code, 3);
+  EXPECT_NE(behind.text.find("the recording ends with scan 14"), std::string::npos) << behind.text;
+
   // What was recorded otherwise is noticed, each of its kinds.
   const std::string text = Unpacked(file);
   const struct {
