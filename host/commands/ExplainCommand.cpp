@@ -1,5 +1,6 @@
 #include "host/commands/ExplainCommand.h"
 
+#include <chrono>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -8,6 +9,7 @@
 #include "host/commands/StatusService.h"
 #include "host/view/Colours.h"
 #include "host/view/Explanation.h"
+#include "host/view/ReportAge.h"
 
 namespace emstatus::host {
 namespace {
@@ -24,8 +26,9 @@ int Explain(const ExplainOptions& options) {
   if (options.json) {
     std::cout << JsonText(ExplanationJson(node, fetched.report, fetched.words), true) << std::endl;
   } else {
+    const std::string lastScan = LastScanText(fetched.report, std::chrono::system_clock::now());
     std::cout << ExplanationText(node, fetched.report, fetched.words, StandardOutputTakesColours())
-              << std::flush;
+              << (lastScan.empty() ? "" : "\n" + lastScan) << std::flush;
   }
   return 0;
 }

@@ -6,6 +6,7 @@
 #include "host/commands/ProgramVersion.h"
 #include "host/commands/RunningHost.h"
 #include "host/socket/SocketPath.h"
+#include "host/view/ReportAge.h"
 #include "host/view/ReportReader.h"
 #include "host/view/TreeJson.h"
 
@@ -35,6 +36,7 @@ std::optional<nlohmann::ordered_json> AskForReport(const ReportOptions& options)
     throw SocketError("the emhost at " + running->Path() + " (version " + reply["emhost"].dump() +
                       ") gave no report.");
   }
+  LetAge(reply["report"], std::chrono::system_clock::now());
   return std::move(reply["report"]);
 }
 

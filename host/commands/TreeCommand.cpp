@@ -1,10 +1,12 @@
 #include "host/commands/TreeCommand.h"
 
+#include <chrono>
 #include <iostream>
 #include <memory>
 
 #include "host/commands/ReportSource.h"
 #include "host/view/Colours.h"
+#include "host/view/ReportAge.h"
 #include "host/view/TreePrinter.h"
 
 namespace emstatus::host {
@@ -19,7 +21,8 @@ std::function<int()> SetUpTreeCommand(CLI::App& command) {
       "Exit code: 0 all good, 1 warning, 2 error, 3 no status or no report.");
   return [options] {
     const FetchedReport fetched = FetchReportAndWords(*options);
-    std::cout << TreeText(fetched.report, fetched.words, StandardOutputTakesColours()) << std::flush;
+    std::cout << TreeText(fetched.report, fetched.words, StandardOutputTakesColours())
+              << LastScanText(fetched.report, std::chrono::system_clock::now()) << std::flush;
     return ExitCodeOf(fetched.report.systemStatus);
   };
 }

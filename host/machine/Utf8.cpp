@@ -44,6 +44,20 @@ std::string CleanUtf8(std::string_view text) {
   return clean;
 }
 
+std::string CleanLine(std::string_view text) {
+  std::string line;
+  for (const std::string clean = CleanUtf8(text); const char byte : clean) {
+    const auto code = std::uint8_t(byte);
+    const bool endsSecondControl = code < 0xA0 && !line.empty() && std::uint8_t(line.back()) == 0xC2;
+    if (endsSecondControl) {
+      line.back() = ' ';  // U+0080 to U+009F
+    } else {
+      line += code < 0x20 || code == 0x7F ? ' ' : byte;
+    }
+  }
+  return line;
+}
+
 std::size_t ColumnsOf(std::string_view text) {
   return std::size_t(std::ranges::count_if(text, [](char byte) { return !IsContinuation(byte); }));
 }

@@ -21,7 +21,7 @@ class Facts {
  public:
   void Add(const std::string& label, const std::string& text) {
     if (!text.empty()) {
-      text_ += "  " + label + std::string(kLabelColumns - label.size(), ' ') + CleanUtf8(text) + "\n";
+      text_ += "  " + label + std::string(kLabelColumns - label.size(), ' ') + CleanLine(text) + "\n";
     }
   }
   const std::string& Text() const { return text_; }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/machine/TimeText.h"
+#include "host/machine/Utf8.h"
 #include "host/module/CommandReader.h"
 #include "host/module/HostCodes.h"
 #include "host/view/Colours.h"
@@ -71,7 +72,7 @@ std::string ChangeText(const StatusChange& change, const StatusWords& words, boo
   if (change.simulated) {
     text += change.what == StatusChange::What::Instance ? " (simulated)" : " (parts are simulated)";
   }
-  const std::string remark = change.object ? RemarkOn(*change.object) : std::string();
+  const std::string remark = change.object ? CleanLine(RemarkOn(*change.object)) : std::string();
   return remark.empty() ? text : text + "  (" + remark + ")";
 }
 

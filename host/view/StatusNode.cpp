@@ -109,9 +109,9 @@ void DropAbsent(StatusNode& root) {
 
 std::string NodeName(const StatusNode& node) {
   if (node.object && !node.object->reading.name.empty() && IsNumberOnly(node)) {
-    return CleanUtf8(node.object->reading.name);
+    return CleanLine(node.object->reading.name);
   }
-  return node.designation.empty() ? node.id : node.designation;
+  return CleanLine(node.designation.empty() ? node.id : node.designation);
 }
 
 const StatusNode* FindInstance(const StatusNode& root, std::string_view subsystem, std::string_view component,

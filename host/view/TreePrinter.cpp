@@ -29,10 +29,9 @@ void AddRemark(std::string& remark, const std::string& more) {
   remark += (remark.empty() || more.empty() ? "" : "; ") + more;
 }
 
-/// Coverage where it says that something is missing, and always of the whole; redundancy where there is any.
-std::string KnowledgeOf(const StatusNode& node, std::size_t depth) {
-  const bool isIncomplete = !node.children.empty() && node.coverage.read < node.coverage.total;
-  std::string remark = depth == 0 || isIncomplete ? CoverageText(node.coverage) : std::string();
+/// Coverage of all but leaves, which show their reading; redundancy where there is any.
+std::string KnowledgeOf(const StatusNode& node) {
+  std::string remark = node.children.empty() ? std::string() : CoverageText(node.coverage);
   if (node.margin && !node.margin->group.empty()) {
     AddRemark(remark, MarginText(*node.margin));
   }
@@ -44,7 +43,7 @@ Line LineOf(const StatusNode& node, std::size_t depth, const StatusWords& words)
   line.name = std::string(depth * kIndent, ' ') + NodeName(node);
   line.status = node.status;
   line.word = StatusText(node, words.Of(node.status));
-  line.remark = KnowledgeOf(node, depth);
+  line.remark = KnowledgeOf(node);
   if (!node.object) {
     return line;
   }
@@ -52,7 +51,7 @@ Line LineOf(const StatusNode& node, std::size_t depth, const StatusWords& words)
     line.name += " (cabinet " + std::to_string(node.object->address.cabinet) + ")";
   }
   line.reading = ReadingOf(*node.object);
-  AddRemark(line.remark, RemarkOn(*node.object));
+  AddRemark(line.remark, CleanLine(RemarkOn(*node.object)));
   if (node.isCss && (node.status == 2 || node.status == 3)) {
     line.remark += line.remark.empty() ? "the customer can mend it" : " (the customer can mend it)";
   }

@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
 #include "host/machine/ScenarioMachine.h"
+#include "host/machine/TimeText.h"
 #include "host/machine/Utf8.h"
 #include "host/module/HostCodes.h"
 #include "host/module/TraceOutput.h"
+#include "host/view/ReportAge.h"
+#include "host/view/ReportReader.h"
 #include "host/view/StatusChange.h"
 #include "host/view/StatusNode.h"
 #include "host/view/TreeJson.h"
@@ -57,6 +60,33 @@ TEST_F(ViewTest, TreeForPeople) {
             "\n"
             "System status: Warning\n"
             "Error LED:     Broken, the customer can mend it\n");
+}
+
+TEST_F(ViewTest, WholeSubsystemsTellTheirCoverageToo) {
+  report_.root.children[0].children[0].children.pop_back();
+  CountCoverage(report_.root);
+  EXPECT_NE(TreeText(report_, words_, false)
+                .find("\n    Fans        Broken              2 of 2 read, oldest 0 s\n"),
+            std::string::npos);
+}
+
+TEST_F(ViewTest, AReportIsAsOldAsItsScan) {
+  report_.time = *ReadUtc("2026-03-01T09:15:02.000Z");
+  auto json = TreeJson(report_, words_);
+  const auto asMade = json;
+  LetAge(json, report_.time - std::chrono::hours(1));
+  EXPECT_EQ(json, asMade);
+  LetAge(json, report_.time + std::chrono::milliseconds(18250));
+  const Report aged = ReadReport(nlohmann::json::parse(json.dump()));
+  EXPECT_EQ(aged.root.coverage.oldest.count(), 18250);
+  EXPECT_EQ(aged.root.children[0].children[0].children[0].object->age.count(), 18250);
+  EXPECT_EQ(aged.root.children[1].coverage.oldest.count(), 0) << "nothing was read";
+  const std::string text = LastScanText(report_, report_.time + std::chrono::milliseconds(18250));
+  EXPECT_EQ(text.substr(text.rfind(',')), ", 18 s ago\n");
+  EXPECT_EQ(LastScanText(report_, report_.time), "");
+  nlohmann::ordered_json strange = {{"Time", 5}, {"Tree", 6}};
+  LetAge(strange, aged.time);
+  LetAge(strange["Time"], aged.time);
 }
 
 TEST_F(ViewTest, ColoursStandBesideTheWords) {
@@ -173,6 +203,7 @@ TEST(Utf8, BytesThatAreNoTextAreReplaced) {
     EXPECT_EQ(CleanUtf8(row.text), row.clean);
     EXPECT_EQ(ColumnsOf(CleanUtf8(row.text)), row.columns);
   }
+  EXPECT_EQ(CleanLine("a\033[31m\n\x7F\xC2\x9B\u00A0ü\xFF"), "a [31m   \u00A0ü\uFFFD");
 }
 
 }  // namespace
