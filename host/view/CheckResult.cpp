@@ -65,7 +65,7 @@ std::string CauseText(const NodePath& path, const StatusWords& words) {
   if (path.size() > 3) {
     name = NodeName(*path[path.size() - 2]) + ", " + name;
   }
-  const std::string remark = leaf.object ? RemarkOn(*leaf.object) : std::string();
+  const std::string remark = leaf.object ? RemarkOn(*leaf.object) : AbsenceText(leaf);
   const std::string reading = leaf.object ? ReadingOf(*leaf.object) : std::string();
   std::string text = name + ": " + StatusText(leaf, words.Of(leaf.status));
   if (!remark.empty() || !reading.empty()) {

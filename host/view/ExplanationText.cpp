@@ -32,7 +32,7 @@ class Facts {
 
 std::string QualityText(const StatusNode& leaf) {
   if (!leaf.object) {
-    return leaf.coverage.total == 0 ? "" : "there is no such object now";
+    return AbsenceText(leaf);
   }
   const double seconds = std::floor(double(leaf.object->age.count()) / 1000.0);
   return std::string(WordOf(leaf.object->reading.quality)) + ", age " + NumberText(seconds, Unit::Second);

@@ -20,6 +20,10 @@ std::string CoverageText(const Coverage& coverage) {
                    NumberText(std::floor(double(coverage.oldest.count()) / 1000.0), Unit::Second);
 }
 
+std::string AbsenceText(const StatusNode& leaf) {
+  return leaf.object || leaf.coverage.total == 0 ? "" : "there is no such object now";
+}
+
 std::string MarginText(const RedundancyMargin& margin) {
   const std::string group = margin.group.empty() ? "" : " (" + CleanUtf8(margin.group) + ")";
   if (!margin.failures) {

@@ -10,6 +10,9 @@ namespace emstatus::host {
 /// "18 of 20 read, oldest 4 s".
 std::string CoverageText(const Coverage& coverage);
 
+/// "there is no such object now"; empty for a leaf that has its object, or stands for none.
+std::string AbsenceText(const StatusNode& leaf);
+
 /// "tolerates 1 more failure (chassis fans)".
 std::string MarginText(const RedundancyMargin& margin);
 

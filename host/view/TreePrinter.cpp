@@ -45,6 +45,7 @@ Line LineOf(const StatusNode& node, std::size_t depth, const StatusWords& words)
   line.word = StatusText(node, words.Of(node.status));
   line.remark = KnowledgeOf(node);
   if (!node.object) {
+    AddRemark(line.remark, node.children.empty() ? AbsenceText(node) : std::string());
     return line;
   }
   if (node.object->address.cabinet != 0) {

@@ -70,6 +70,11 @@ TEST_F(ViewTest, WholeSubsystemsTellTheirCoverageToo) {
             std::string::npos);
 }
 
+TEST_F(ViewTest, APartThatIsNotThereSaysSo) {
+  report_.root.children[0].children[0].children[1].object.reset();
+  EXPECT_NE(TreeText(report_, words_, false).find("  there is no such object now\n"), std::string::npos);
+}
+
 TEST_F(ViewTest, AReportIsAsOldAsItsScan) {
   report_.time = *ReadUtc("2026-03-01T09:15:02.000Z");
   auto json = TreeJson(report_, words_);
