@@ -4,12 +4,16 @@
 #include <limits>
 #include <map>
 #include <span>
+#include <string_view>
 
 #include "host/configcheck/Checks.h"
 #include "host/machine/Numbering.h"
 
 namespace emstatus::host {
 namespace {
+
+/// The module's number of the status "good".
+constexpr std::uint32_t kCountsAsGood = 1;
 
 struct RawMeaning {
   std::int32_t raw;
@@ -150,6 +154,12 @@ void CheckShadow(const ConfigurationCheck& check, const Definition& definition, 
   }
 }
 
+/// Nothing is known of such a part, or nothing good.
+bool IsFarFromGood(std::string_view word) {
+  constexpr std::string_view kWords[] = {"failed", "late", "sensor fault", "implausible", "lost"};
+  return std::ranges::find(kWords, word) != std::end(kWords);
+}
+
 void CheckStates(const ConfigurationCheck& check, const Definition& definition) {
   const auto answers = AnswersTo(definition.statusRequest);
   if (answers.empty() || definition.statusMap.empty()) {
@@ -157,7 +167,14 @@ void CheckStates(const ConfigurationCheck& check, const Definition& definition) 
   }
   std::string uncovered;
   for (const RawMeaning& answer : answers) {
-    if (definition.Find(answer.raw) == nullptr) {
+    const auto* mapping = definition.Find(answer.raw);
+    if (mapping != nullptr && mapping->value == kCountsAsGood && IsFarFromGood(answer.word)) {
+      check.problems.Note(
+          PlaceOfEntry(definition, definition.statusEntries[mapping->entry]),
+          "a part with the raw state " + std::to_string(answer.raw) + " (" + answer.word + ") counts as good",
+          "give it another status, unless this is meant");
+    }
+    if (mapping == nullptr) {
       uncovered += (uncovered.empty() ? "" : ", ") + std::to_string(answer.raw) + " (" + answer.word + ")";
     }
   }
