@@ -1,11 +1,15 @@
 #include "host/commands/Program.h"
 
+#include <csignal>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 #include "host/commands/ProgramVersion.h"
+#include "host/commands/StandardStreams.h"
 #include "host/commands/Subcommands.h"
 #include "host/configuration/NearestName.h"
 
@@ -30,6 +34,29 @@ void CheckCommandName(const std::string& word) {
                            " emhost --help lists them all.");
 }
 
+/// What to do about an error whose own text does not tell.
+std::string Advice(const std::system_error& error) {
+  if (error.code() == std::errc::too_many_files_open) {
+    return ". Allow more open files (ulimit -n, LimitNOFILE= of a unit).";
+  }
+  if (error.code() == std::errc::resource_unavailable_try_again) {
+    return ": no thread can be started. Allow more (ulimit -u, TasksMax= of a unit), or more memory (ulimit -v).";
+  }
+  return "";
+}
+
+/// What does not arrive must not pass for shown.
+int WithOutputWritten(int code) {
+  if (FlushStandardOutput()) {
+    return code;
+  }
+  std::cerr
+      << "emhost: standard output cannot be written, so what it shows is not all. Is its disk full, or is "
+         "it closed?"
+      << std::endl;
+  return kUnknownStatus;
+}
+
 }  // namespace
 
 Program::Program() : app_("emhost: shows the health of this machine through an extension module", "emhost") {
@@ -52,6 +79,13 @@ Program::Program() : app_("emhost: shows the health of this machine through an e
 }
 
 int Program::Run(int argc, const char* const* argv) {
+  TakeClosedStandardStreams();
+  // A file that may not grow is told as a disk that is full, and does not end the program on the spot.
+  std::signal(SIGXFSZ, SIG_IGN);
+  return WithOutputWritten(RunCommand(argc, argv));
+}
+
+int Program::RunCommand(int argc, const char* const* argv) {
   try {
     if (argc > 1 && argv[1][0] != '-') {
       CheckCommandName(argv[1]);
@@ -68,6 +102,11 @@ int Program::Run(int argc, const char* const* argv) {
       return kUnknownStatus;
     }
     return app_.exit(error) == 0 ? 0 : kUnknownStatus;
+  } catch (const std::system_error& error) {
+    std::cerr << "emhost: " << error.what() << Advice(error) << std::endl;
+  } catch (const std::bad_alloc&) {
+    std::cerr << "emhost: there is not enough memory. Allow more (ulimit -v, MemoryMax= of a unit)."
+              << std::endl;
   } catch (const std::exception& error) {
     std::cerr << "emhost: " << error.what() << std::endl;
   }

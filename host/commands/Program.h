@@ -20,6 +20,8 @@ class Program {
   const CLI::App& CommandLine() const { return app_; }
 
  private:
+  int RunCommand(int argc, const char* const* argv);
+
   CLI::App app_;
   std::vector<std::pair<CLI::App*, std::function<int()>>> commands_;
   const CLI::App* checkPlugin_ = nullptr;

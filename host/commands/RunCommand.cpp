@@ -10,6 +10,7 @@
 
 #include "host/commands/RunCompanion.h"
 #include "host/commands/RunningHost.h"
+#include "host/commands/StandardStreams.h"
 #include "host/commands/StatusService.h"
 #include "host/led/StatusLed.h"
 #include "host/providers/RealFiles.h"
@@ -64,6 +65,7 @@ class Run {
   void Show(const Report& report) const;
   void Show(const StatusChange& change);
   void ShowSimulation(const Notice& scanEnd, const Report& report);
+  void TellLostOutput();
 
   const RunOptions& options_;
   const RunCompanion& companion_;
@@ -77,6 +79,7 @@ class Run {
   SimulationState simulation_;
   bool treeShown_ = false;
   bool over_ = false;
+  bool outputLost_ = false;
 };
 
 void Run::Show(const Report& report) const {
@@ -122,6 +125,17 @@ void Run::ShowSimulation(const Notice& scanEnd, const Report& report) {
   service_.Tell(json, text);
 }
 
+/// Whoever asks on the socket is still answered, and a disk may have room again.
+void Run::TellLostOutput() {
+  if (!FlushStandardOutput()) {
+    std::cout.clear();
+    if (!std::exchange(outputLost_, true)) {
+      std::cerr << "emhost: standard output cannot be written: what happens is not all shown there."
+                << std::endl;
+    }
+  }
+}
+
 /// Events come before the end of their scan, which is when the tree holds what they tell.
 void Run::HandleScan(const Notice& notice) {
   const Report report = host_.MakeReport(notice.led);
@@ -140,6 +154,7 @@ void Run::HandleScan(const Notice& notice) {
     }
   }
   pending_.clear();
+  TellLostOutput();
 }
 
 void Run::HandleNotice(const Notice& notice) {

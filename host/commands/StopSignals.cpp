@@ -16,6 +16,13 @@ sigset_t StopSet() {
   sigemptyset(&set);
   sigaddset(&set, SIGINT);
   sigaddset(&set, SIGTERM);
+  // One that is ignored (nohup, a service) would come all the same once it is blocked.
+  for (const int number : {SIGHUP, SIGPIPE}) {
+    struct sigaction action {};
+    if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+      sigaddset(&set, number);
+    }
+  }
   return set;
 }
 

@@ -4,8 +4,9 @@
 
 namespace emstatus::host {
 
-/// SIGINT and SIGTERM as a descriptor: blocked in this thread and in all that it starts, so that nothing ever
-/// runs in a signal handler. To be made before any other thread. [main thread]
+/// SIGINT, SIGTERM, SIGHUP and SIGPIPE (the last two unless they are ignored) as a descriptor: blocked in
+/// this thread and in all that it starts, so that nothing ever runs in a signal handler. To be made before
+/// any other thread. [main thread]
 class StopSignals {
  public:
   StopSignals();

@@ -51,14 +51,13 @@ IniFile::IniFile(std::string_view text) {
 }
 
 void IniFile::TakePiece(std::string_view piece, std::size_t line) {
-  const std::string_view whole = piece;
   // The module reads C strings.
   piece = piece.substr(0, piece.find('\0'));
   const std::size_t semicolon = std::min(piece.find(';'), piece.size());
   const std::string_view content = WithoutSpace(piece.substr(0, semicolon));
   if (content.starts_with('[')) {
     IniSection& section = sections_.emplace_back();
-    section.header = WithoutSpace(whole);
+    section.header = WithoutSpace(piece);
     section.line = line;
     if (const std::size_t end = content.find(']'); end != std::string_view::npos) {
       section.name = content.substr(1, end - 1);

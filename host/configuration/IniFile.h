@@ -30,7 +30,7 @@ struct IniStray {
 struct IniSection {
   /// Up to the first "]"; empty when there is none.
   std::string name;
-  /// The whole header, from "[" on.
+  /// The whole header, from "[" on, also with what stands behind it.
   std::string header;
   std::size_t line = 0;
   std::vector<IniEntry> entries;

@@ -127,8 +127,8 @@ fs::path NewFolder() {
 std::string WithoutPauses(std::string_view configurationText) {
   PauseRemover remover;
   while (!configurationText.empty()) {
-    const std::size_t end = std::min(configurationText.find('\n'), configurationText.size() - 1) + 1;
-    const std::size_t length = std::min(end, kLongestPiece);
+    const std::string_view piece = configurationText.substr(0, kLongestPiece);
+    const std::size_t length = std::min(piece.find('\n'), piece.size() - 1) + 1;
     remover.Take(configurationText.substr(0, length));
     configurationText.remove_prefix(length);
   }

@@ -1,10 +1,10 @@
 #include "host/machine/ScenarioFile.h"
 
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <limits>
 #include <set>
 #include <tuple>
@@ -18,6 +18,7 @@ namespace {
 constexpr std::uint32_t kAny = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t kLargestCabinet = 0xFFFF;
 constexpr double kLongestSeconds = 1e9;
+constexpr std::size_t kLargestScenario = 64U << 20;
 
 std::uint64_t Milliseconds(const JsonNode& node) {
   const double seconds = node.Number();
@@ -244,6 +245,8 @@ Scenario ParseScenario(std::string_view text, const std::string& file) {
     document = nlohmann::json::parse(text);
   } catch (const nlohmann::json::parse_error& error) {
     throw ScenarioError(file + ": " + Place(text, error.byte) + ": expected JSON (" + error.what() + ")");
+  } catch (const nlohmann::json::exception& error) {
+    throw ScenarioError(file + ": expected JSON (" + error.what() + ")");
   }
   const JsonNode root(document, file);
   root.ExpectMembers(
@@ -266,7 +269,18 @@ Scenario ReadScenario(const std::string& path) {
   if (!stream) {
     throw ScenarioError(path + ": cannot be opened: " + std::strerror(errno));
   }
-  const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  std::string text;
+  std::array<char, 65536> piece{};
+  while (stream.read(piece.data(), piece.size()), stream.gcount() > 0) {
+    text.append(piece.data(), std::size_t(stream.gcount()));
+    if (text.size() > kLargestScenario) {
+      throw ScenarioError(path + ": this is no scenario: it has more than " +
+                          std::to_string(kLargestScenario >> 20) + " MiB");
+    }
+  }
+  if (stream.bad()) {
+    throw ScenarioError(path + ": cannot be read: " + std::strerror(errno));
+  }
   return ParseScenario(text, path);
 }
 

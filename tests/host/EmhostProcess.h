@@ -33,6 +33,8 @@ class EmhostProcess {
       }
       raw.push_back(nullptr);
       setenv("RUNTIME_DIRECTORY", sockets.Path().c_str(), 1);
+      // Whoever runs the tests may ignore it (nohup).
+      signal(SIGHUP, SIG_DFL);
       dup2(pipe[1], STDOUT_FILENO);
       dup2(pipe[1], STDERR_FILENO);
       execv(raw[0], raw.data());

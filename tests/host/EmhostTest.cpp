@@ -2,6 +2,9 @@
 #include <signal.h>
 
 #include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 #include <nlohmann/json.hpp>
 
@@ -67,7 +70,7 @@ TEST_F(EmhostTest, OnceAsJson) {
 TEST_F(EmhostTest, RunShowsEventsAndStopsOnASignal) {
   const std::string story = R"({"class": "temperature", "name": "CPU", "story": [{"at": 1},
     {"at": 2, "condition": "critical", "reason": "95 degrees"}]})";
-  for (const int signal : {SIGINT, SIGTERM}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     EmhostProcess emhost(Arguments(story, {}, R"("rescanSeconds": 0.05, )"));
     ASSERT_TRUE(emhost.WaitFor("Sensors, CPU: Fine -> Error  (95 degrees)\n")) << emhost.Written();
     EXPECT_TRUE(emhost.WaitFor("System: Fine -> Error\n")) << emhost.Written();
@@ -88,6 +91,34 @@ TEST_F(EmhostTest, StopsAtOnceWhileAnAnswerIsAwaited) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4)) << "the time-out is 5 seconds";
 }
 
+TEST_F(EmhostTest, NothingIsLostInSilence) {
+  std::string options;
+  for (const std::string& argument : Arguments(R"({"class": "temperature", "name": "a", "value": 1})", {})) {
+    options += argument == "run" ? "" : " '" + argument + "'";
+  }
+  const std::string emhost = "cd '" + folder_.Path().string() + "' && { ";
+  const struct {
+    std::string command;
+    int code;
+    const char* message;
+  } rows[] = {
+      {" run --once" + options + " > /dev/full", 3, "standard output cannot be written"},
+      {" run --once" + options + " >&-", 3, "standard output cannot be written"},
+      {" --version > /dev/full", 3, "standard output cannot be written"},
+      // What is shown must not land in the file that is opened next.
+      {" record a.gz --scans 1" + options + " >&- || true; } && { gzip -t a.gz", 0, ""},
+  };
+  for (const auto& row : rows) {
+    const std::string file = folder_.File("output");
+    const std::string command = emhost + "'" EMHOST_PROGRAM "'" + row.command + "; } 2> '" + file + "' 1>&2";
+    const int status = std::system(("( " + command + " )").c_str());
+    std::ifstream stream(file);
+    const std::string written{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    EXPECT_EQ(WEXITSTATUS(status), row.code) << row.command << written;
+    EXPECT_NE(written.find(row.message), std::string::npos) << row.command << written;
+  }
+}
+
 TEST_F(EmhostTest, SaysWhatIsWrong) {
   const std::string scenario = "scenario:" + folder_.Write("bad.json", "{}");
   const std::string etc = folder_.File("etc");
@@ -104,6 +135,10 @@ TEST_F(EmhostTest, SaysWhatIsWrong) {
        "bad.json: /: expected a member \"format\""},
       {{"run", "--root", etc}, "expected a folder with the folder sys or proc in it"},
       {{"run", "--root", "/", "--unit", "x"}, "--root"},
+      {{"run", "--once", "--module", FAKE_MODULE, "--config", etc, "--provider", "scenario:/"},
+       "/: cannot be read: Is a directory"},
+      {{"run", "--once", "--module", FAKE_MODULE, "--config", etc, "--provider", "scenario:/dev/zero"},
+       "this is no scenario"},
       {{"run", "--provider", "windows"}, "expected linux or scenario:FILE"},
       {{"walk"}, "there is no command \"walk\". emhost --help lists them all."},
       {{"chekc-config"}, "Did you mean check-config?"},

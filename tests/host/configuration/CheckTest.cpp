@@ -56,6 +56,8 @@ TEST(ConfigurationCheck, TellsWhatIsWrong) {
 }
 
 TEST(ConfigurationCheck, TellsWhatTextCannotShow) {
+  // Behind the zero byte is the only "]" of the header.
+  EXPECT_NE(ToldOf(kGood + std::string("\n[\0]", 4)).find("does not end in"), std::string::npos);
   std::string keys = "[EnvironmentVariables]\n";
   for (int i = 0; i < 7000; ++i) keys += "VARIABLE" + std::to_string(100 + i) + "=1\n";
   std::string manyComponents = kGood;
