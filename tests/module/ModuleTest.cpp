@@ -8,11 +8,13 @@
 #include "data/Command.h"
 #include "data/JsonWriter.h"
 #include "data/OwnedCommand.h"
+#include "module/CommandTrace.h"
 #include "module/EM_Status.h"
 #include "platform/CDebugClient.h"
 #include "tests/support/ScriptedHost.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TraceCapture.h"
+#include "tests/support/TraceLevel.h"
 
 namespace emstatus::test {
 namespace {
@@ -109,6 +111,18 @@ TEST_F(ModuleTest, BaseClassGuardsEveryCallOfTheHost) {
   };
   EXPECT_EQ(Trace().Take(), expected);
   module.SetCabNr(0);
+}
+
+TEST_F(ModuleTest, CommandLinesCutWhatTheyShowToItsWidth) {
+  const TraceLevel level(1);
+  OwnedCommand command({.operation = 0x1FEDC, .extension = 0x2BA98, .object = 0x3F654, .cabinet = 70000});
+  SetMember(*EnsureCurrentCommand(command), "MI", OwnedValue::UInt32(0x8ABC9DEF));
+  SetStatus(command, 0x1FE);
+  Trace().Take();
+  TraceCommand(1, "TAG", command);
+  EXPECT_EQ(Trace().Take(),
+            std::vector<std::string>{"\nTAG                 : OC 0xFEDC-0xBA98 OID 0xF654 CABID 70000 MID "
+                                     "0x8ABC9DEF Stat 0xFE"});
 }
 
 TEST_F(ModuleTest, BaseClassRefusesRequestsWhereverThereIsRoom) {
